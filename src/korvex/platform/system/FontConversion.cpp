@@ -1,0 +1,31 @@
+// StdFont and QFont: weights map between the 0..1000 scale and Qt's, sizes stay in points.
+#include "korvex/platform/system/FontConversion.h"
+
+#include <cmath>
+
+namespace korvex {
+
+QFont ToQFont(const StdFont& font)
+{
+    QFont q(font.Name());
+    q.setPointSizeF(font.Size());
+    q.setWeight(static_cast<QFont::Weight>(std::clamp(static_cast<int>(font.Weight()), 1, 1000)));
+    q.setItalic(font.Italic());
+    q.setUnderline(font.Underline());
+    q.setStrikeOut(font.Strikethrough());
+    return q;
+}
+
+void AssignQFont(StdFont& target, const QFont& font)
+{
+    target.SetName(font.family().isEmpty() ? QStringLiteral("MS Sans Serif") : font.family());
+    const double points = font.pointSizeF() > 0 ? font.pointSizeF() : font.pixelSize() * 0.75;
+    if (points > 0)
+        target.SetSize(points);
+    target.SetWeight(static_cast<short>(font.weight()));
+    target.SetItalic(font.italic());
+    target.SetUnderline(font.underline());
+    target.SetStrikethrough(font.strikeOut());
+}
+
+}  // namespace korvex

@@ -1,0 +1,54 @@
+// Windows-1252 conversion by table; 0x80 to 0x9F is the only range that differs from Latin-1.
+#include "korvex/runtime/Windows1252.h"
+
+#include <QHash>
+
+namespace korvex {
+namespace {
+
+constexpr char16_t HighControls[32] = {
+    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
+    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
+    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178,
+};
+
+const QHash<char16_t, char>& ReverseTable()
+{
+    static const QHash<char16_t, char> table = [] {
+        QHash<char16_t, char> t;
+        for (int i = 0; i < 32; ++i)
+            t.insert(HighControls[i], static_cast<char>(0x80 + i));
+        return t;
+    }();
+    return table;
+}
+
+}  // namespace
+
+QString FromWindows1252(QByteArrayView bytes)
+{
+    QString text(bytes.size(), Qt::Uninitialized);
+    char16_t* out = reinterpret_cast<char16_t*>(text.data());
+    for (qsizetype i = 0; i < bytes.size(); ++i) {
+        const auto b = static_cast<unsigned char>(bytes[i]);
+        out[i] = (b >= 0x80 && b < 0xA0) ? HighControls[b - 0x80] : static_cast<char16_t>(b);
+    }
+    return text;
+}
+
+QByteArray ToWindows1252(QStringView text)
+{
+    QByteArray bytes(text.size(), Qt::Uninitialized);
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const char16_t c = text[i].unicode();
+        if (c < 0x80 || (c >= 0xA0 && c <= 0xFF)) {
+            bytes[i] = static_cast<char>(c);
+        } else {
+            auto it = ReverseTable().constFind(c);
+            bytes[i] = it != ReverseTable().cend() ? *it : '?';
+        }
+    }
+    return bytes;
+}
+
+}  // namespace korvex

@@ -1,0 +1,20 @@
+# cmake -P script: install, configure the consumer against the prefix, build it, run it.
+file(REMOVE_RECURSE ${SCRATCH_DIR})
+set(prefix ${SCRATCH_DIR}/prefix)
+
+function(run)
+    execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE out ERROR_VARIABLE err)
+    if(NOT result EQUAL 0)
+        message(FATAL_ERROR "Failed (${result}): ${ARGN}\n${out}\n${err}")
+    endif()
+    set(last_output "${out}" PARENT_SCOPE)
+endfunction()
+
+run(${CMAKE_COMMAND} --install ${KORVEX_BUILD_DIR} --prefix ${prefix})
+run(${CMAKE_COMMAND} -S ${CONSUMER_SOURCE_DIR} -B ${SCRATCH_DIR}/build -G ${GENERATOR}
+    -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_BUILD_TYPE=Debug)
+run(${CMAKE_COMMAND} --build ${SCRATCH_DIR}/build)
+run(${CMAKE_COMMAND} -E env LD_LIBRARY_PATH=${prefix}/lib:${prefix}/lib64 ${SCRATCH_DIR}/build/korvex_consumer)
+if(NOT last_output MATCHES "1,234.50 Integer")
+    message(FATAL_ERROR "Unexpected consumer output: ${last_output}")
+endif()

@@ -371,7 +371,7 @@ QString NumberToText(double value, int significantDigits, const QString& decimal
     const int magnitude = d.IntegerDigitCount() - 1;  // the power of ten of the first digit
     QString digits = QString::fromStdString(d.Digits);
     QString text;
-    if (magnitude < -5 || magnitude >= significantDigits) {
+    if (magnitude < -4 || magnitude >= significantDigits) {
         text = digits.left(1);
         if (digits.size() > 1)
             text += QLatin1Char('.') + digits.mid(1);

@@ -70,7 +70,7 @@ PatternKind KindOf(const QString& pattern)
         const QChar lower = c.toLower();
         if (c == QLatin1Char('0') || c == QLatin1Char('#') || c == QLatin1Char('%'))
             digits = true;
-        else if (QStringLiteral("dmyhnswqc/:").contains(lower))
+        else if (QStringLiteral("dmyhnswqct/:").contains(lower))
             dateTokens = true;
     });
     return dateTokens && !digits ? PatternKind::Date : PatternKind::Number;

@@ -1,6 +1,11 @@
 # One warning policy for every target of the project.
 function(korvex_set_warnings target)
-    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow=local -Wnon-virtual-dtor)
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wnon-virtual-dtor)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        target_compile_options(${target} PRIVATE -Wshadow=local)
+    else()
+        target_compile_options(${target} PRIVATE -Wshadow-uncaptured-local)
+    endif()
     if(KORVEX_WERROR)
         target_compile_options(${target} PRIVATE -Werror)
     endif()

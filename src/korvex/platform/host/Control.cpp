@@ -4,6 +4,7 @@
 
 #include "korvex/platform/host/Form.h"
 #include "korvex/platform/host/UserControl.h"
+#include "korvex/runtime/Error.h"
 #include "korvex/runtime/LateBinding.h"
 #include "korvex/runtime/Twips.h"
 #include "korvex/runtime/Windows1252.h"
@@ -170,20 +171,41 @@ int Control::Left() const { return PixelsToTwipsX(x()); }
 int Control::Top() const { return PixelsToTwipsY(y()); }
 int Control::Width() const { return PixelsToTwipsX(width()); }
 int Control::Height() const { return PixelsToTwipsY(height()); }
-void Control::SetLeft(int twips) { move(TwipsToPixelsX(twips), y()); }
-void Control::SetTop(int twips) { move(x(), TwipsToPixelsY(twips)); }
-void Control::SetWidth(int twips) { resize(std::max(0, TwipsToPixelsX(twips)), height()); }
-void Control::SetHeight(int twips) { resize(width(), std::max(0, TwipsToPixelsY(twips))); }
+void Control::SetLeft(int twips)
+{
+    move(TwipsToPixelsX(twips), y());
+    GeometryChanged();
+}
+
+void Control::SetTop(int twips)
+{
+    move(x(), TwipsToPixelsY(twips));
+    GeometryChanged();
+}
+
+void Control::SetWidth(int twips)
+{
+    if (twips < 0)
+        Raise(vbErrInvalidPropertyValue, mName + QStringLiteral(".Width"));
+    resize(TwipsToPixelsX(twips), height());
+    GeometryChanged();
+}
+
+void Control::SetHeight(int twips)
+{
+    if (twips < 0)
+        Raise(vbErrInvalidPropertyValue, mName + QStringLiteral(".Height"));
+    resize(width(), TwipsToPixelsY(twips));
+    GeometryChanged();
+}
 
 void Control::Move(int left, int top, int width, int height)
 {
-    SetLeft(left);
-    if (top >= 0)
-        SetTop(top);
-    if (width >= 0)
-        SetWidth(width);
-    if (height >= 0)
-        SetHeight(height);
+    if ((width < 0 && width != -1) || (height < 0 && height != -1))
+        Raise(vbErrInvalidPropertyValue, mName + QStringLiteral(".Move"));
+    move(TwipsToPixelsX(left), top == -1 ? y() : TwipsToPixelsY(top));
+    resize(width == -1 ? this->width() : TwipsToPixelsX(width), height == -1 ? this->height() : TwipsToPixelsY(height));
+    GeometryChanged();
 }
 
 void Control::SetEnabled(bool enabled)

@@ -64,7 +64,8 @@ public:
     void SetTop(int twips);
     void SetWidth(int twips);
     void SetHeight(int twips);
-    // Position and size in one step, in twips (the host's Move method).
+    // Position and size in one step, in twips (the host's Move method); -1 leaves a value as
+    // it is. A negative width or height otherwise raises 380.
     Q_INVOKABLE void Move(int left, int top = -1, int width = -1, int height = -1);
 
     virtual bool Visible() const { return !isHidden(); }
@@ -132,6 +133,9 @@ signals:
     void Validate(bool& Cancel);
 
 protected:
+    // Called after the position or size changed through the extender, shown or not (Qt sends
+    // no resize event to a hidden widget until it is shown).
+    virtual void GeometryChanged() {}
     // The widget whose Qt events become this control's events: the inner Qt widget of a
     // wrapper, or the control itself. Call once the input widget exists.
     void SetInputWidget(QWidget* widget);

@@ -51,9 +51,14 @@ QList<Control*> ChildControls(QWidget* container)
 void ReadExtender(Control& c, PropertyBag& bag)
 {
     if (c.HasExtenderGeometry()) {
-        c.Move(CLng(bag.ReadProperty(QStringLiteral("Left"), c.Left())), CLng(bag.ReadProperty(QStringLiteral("Top"), c.Top())),
-               CLng(bag.ReadProperty(QStringLiteral("Width"), c.Width())),
-               CLng(bag.ReadProperty(QStringLiteral("Height"), c.Height())));
+        // Read one by one, so that an error names the property that caused it.
+        const int left = CLng(bag.ReadProperty(QStringLiteral("Left"), c.Left()));
+        const int top = CLng(bag.ReadProperty(QStringLiteral("Top"), c.Top()));
+        const int width = CLng(bag.ReadProperty(QStringLiteral("Width"), c.Width()));
+        const int height = CLng(bag.ReadProperty(QStringLiteral("Height"), c.Height()));
+        if (width < 0 || height < 0)
+            Raise(vbErrInvalidPropertyValue);
+        c.Move(left, top, width, height);
     }
     c.SetTabIndex(CInt(bag.ReadProperty(QStringLiteral("TabIndex"), 0)));
     c.SetVisible(CBool(bag.ReadProperty(QStringLiteral("Visible"), true)));

@@ -2,6 +2,7 @@
 #include "korvex/platform/host/UserControl.h"
 
 #include "korvex/platform/host/Form.h"
+#include "korvex/platform/system/WindowStyles.h"
 #include "korvex/runtime/Twips.h"
 
 namespace korvex {
@@ -50,12 +51,12 @@ void UserControl::PropertyChanged(const QString& propertyName)
 
 int UserControl::ScaleWidth() const
 {
-    return PixelsToTwipsX(width());
+    return PixelsToTwipsX(contentsRect().width());
 }
 
 int UserControl::ScaleHeight() const
 {
-    return PixelsToTwipsY(height());
+    return PixelsToTwipsY(contentsRect().height());
 }
 
 void UserControl::Paint(QPainter&) {}
@@ -63,6 +64,19 @@ void UserControl::Paint(QPainter&) {}
 void UserControl::resizeEvent(QResizeEvent* event)
 {
     Control::resizeEvent(event);
+    ReportSize();
+}
+
+void UserControl::GeometryChanged()
+{
+    ReportSize();
+}
+
+void UserControl::ReportSize()
+{
+    if (size() == mReportedSize)
+        return;
+    mReportedSize = size();
     Resize();
 }
 
@@ -70,6 +84,9 @@ void UserControl::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
     Paint(painter);
+    // The border set through the style bits is drawn over the edge of the surface, where a
+    // window's non-client frame would be.
+    DrawWindowFrame(painter, this);
 }
 
 }  // namespace korvex

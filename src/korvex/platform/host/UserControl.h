@@ -54,7 +54,7 @@ public:
     // marked as modified.
     void PropertyChanged(const QString& propertyName);
 
-    // The inner size in twips.
+    // The inner size in twips (inside any border).
     int ScaleWidth() const;
     int ScaleHeight() const;
 
@@ -69,9 +69,14 @@ protected:
 
     void resizeEvent(QResizeEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+    void GeometryChanged() override;
 
 private:
+    // Resize once for each new size, whether it arrived while hidden or shown.
+    void ReportSize();
+
     AmbientProperties mAmbient{this};
+    QSize mReportedSize{-1, -1};
 };
 
 }  // namespace korvex

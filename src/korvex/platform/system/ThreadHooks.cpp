@@ -19,19 +19,23 @@ public:
     {
         if (!owner || !watched->isWidgetType())
             return false;
-        // A propagated event reaches the filter once per receiver; the hook sees it once.
-        if (event == mLastEvent)
-            return false;
         auto* widget = static_cast<QWidget*>(watched);
+        // A propagated event reaches the filter again at each parent; the hook sees it once.
+        // (The same address may also be reused by the next event, so only an arrival at an
+        // ancestor of the last receiver counts as propagation.)
+        if (event == mLastEvent && mLastTarget && widget != mLastTarget && widget->isAncestorOf(mLastTarget))
+            return false;
         try {
             switch (event->type()) {
             case QEvent::MouseButtonPress:
             case QEvent::MouseButtonDblClick:
             case QEvent::NonClientAreaMouseButtonPress:
                 mLastEvent = event;
+                mLastTarget = widget;
                 return mouse && mouse(widget, static_cast<QMouseEvent*>(event));
             case QEvent::KeyPress:
                 mLastEvent = event;
+                mLastTarget = widget;
                 return keyboard && keyboard(widget, static_cast<QKeyEvent*>(event));
             default:
                 return false;
@@ -44,6 +48,7 @@ public:
 
 private:
     const QEvent* mLastEvent = nullptr;
+    QPointer<QWidget> mLastTarget;
 };
 
 HookFilter*& Filter()

@@ -34,10 +34,13 @@ void ComboBox::SetStyle(short style)
         Raise(vbErrInvalidPropertyValue, QStringLiteral("ComboBox.Style"));
     mStyle = style;
     mCombo->setEditable(style == 0);
-    if (QLineEdit* edit = mCombo->lineEdit()) {
-        edit->setReadOnly(mLocked);
-        connect(edit, &QLineEdit::textEdited, this, [this] { emit Change(); }, Qt::UniqueConnection);
+    QLineEdit* edit = mCombo->lineEdit();
+    if (edit && edit != mConnectedEdit) {
+        connect(edit, &QLineEdit::textEdited, this, [this] { emit Change(); });
+        mConnectedEdit = edit;
     }
+    if (edit)
+        edit->setReadOnly(mLocked);
 }
 
 QString ComboBox::Text() const { return mCombo->currentText(); }

@@ -4,6 +4,8 @@
 
 #include "korvex/platform/host/StandardControl.h"
 
+#include <QPointer>
+
 class QComboBox;
 
 namespace korvex {
@@ -47,6 +49,7 @@ private:
     void SetStyle(short style);
 
     QComboBox* mCombo;
+    QPointer<QObject> mConnectedEdit;  // the editable combo's line edit, once its edits are followed
     bool mLocked = false;
     short mStyle = 0;
 };

@@ -5,6 +5,8 @@
 #include "korvex/platform/host/Form.h"
 #include "korvex/platform/host/FormFile.h"
 #include "korvex/platform/host/Frame.h"
+#include "korvex/platform/host/MDIForm.h"
+#include "korvex/platform/host/Screen.h"
 #include "korvex/platform/host/TextBox.h"
 #include "korvex/platform/host/UserControl.h"
 #include "korvex/runtime/Error.h"
@@ -140,6 +142,62 @@ TEST(HostControls, ControlArraysLoadCopiesAndUnloadOnlyRunTimeElements)
     EXPECT_EQ(errorOf([&] { LoadControlArrayElement(single, 1); }), 343) << "not an array";
     UnloadControlArrayElement(second);
     EXPECT_EQ(form.ControlArray(QStringLiteral("chkOption")).size(), 1);
+}
+
+}  // namespace
+}  // namespace korvex
+
+namespace korvex {
+namespace {
+
+class Probe : public UserControl {
+public:
+    using UserControl::UserControl;
+    void Terminate() override { ++terminated; }
+    int terminated = 0;
+};
+
+TEST(HostForms, ScreenFollowsTheActiveMDIChildAndSetsTheCursor)
+{
+    MDIForm mdi;
+    Form child;
+    child.SetName(QStringLiteral("frmChild"));
+    child.SetMDIChild(true);
+    mdi.show();
+    child.Show();
+    EXPECT_EQ(mdi.Children(), QList<Form*>{&child}) << "an MDI child shows inside the MDI form";
+    Screen::SetActiveFormOverride(&mdi);
+    EXPECT_EQ(Screen::Instance()->ActiveForm(), &child) << "the MDI form stands for its active child";
+    Screen::SetActiveFormOverride(nullptr);
+
+    Screen::Instance()->SetMousePointer(vbHourglass);
+    ASSERT_NE(QGuiApplication::overrideCursor(), nullptr);
+    EXPECT_EQ(QGuiApplication::overrideCursor()->shape(), Qt::WaitCursor);
+    Screen::Instance()->SetMousePointer(vbArrowHourglass);
+    EXPECT_EQ(QGuiApplication::overrideCursor()->shape(), Qt::BusyCursor);
+    Screen::Instance()->SetMousePointer(vbDefault);
+    EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr) << "0 restores the default pointer";
+}
+
+TEST(HostForms, UnloadAsksQueryUnloadAndUnloadThenTerminatesControls)
+{
+    Form form;
+    auto* probe = new Probe(form.Client());
+    form.Show();
+    QStringList events;
+    short refuse = 1;
+    QObject::connect(&form, &Form::QueryUnload, [&](short& cancel, short& mode) {
+        events << QStringLiteral("QueryUnload %1").arg(mode);
+        cancel = refuse;
+    });
+    QObject::connect(&form, &Form::Unload, [&](short&) { events << QStringLiteral("Unload"); });
+    EXPECT_FALSE(form.UnloadForm());
+    EXPECT_EQ(probe->terminated, 0) << "a cancelled unload leaves the controls alone";
+    refuse = 0;
+    form.close();  // the user closes the window
+    EXPECT_EQ(events, (QStringList{"QueryUnload 1", "QueryUnload 0", "Unload"}));
+    EXPECT_EQ(probe->terminated, 1);
+    EXPECT_FALSE(form.isVisible());
 }
 
 }  // namespace

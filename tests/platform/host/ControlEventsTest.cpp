@@ -11,6 +11,7 @@
 #include "korvex/platform/host/UserControl.h"
 #include "korvex/runtime/Error.h"
 #include "korvex/runtime/LateBinding.h"
+#include "tests/support/ErrorOf.h"
 #include "tests/support/PinnedSettings.h"
 #include "tests/support/Printers.h"
 
@@ -128,18 +129,10 @@ TEST(HostControls, ControlArraysLoadCopiesAndUnloadOnlyRunTimeElements)
     EXPECT_FALSE(second->Visible()) << "a loaded element starts hidden";
     EXPECT_EQ(form.ControlArray(QStringLiteral("chkOption")).size(), 2);
 
-    auto errorOf = [](auto&& call) {
-        try {
-            call();
-        } catch (const Error& e) {
-            return e.Number();
-        }
-        return 0;
-    };
-    EXPECT_EQ(errorOf([&] { LoadControlArrayElement(first, 1); }), 360) << "index already loaded";
-    EXPECT_EQ(errorOf([&] { UnloadControlArrayElement(first); }), 362) << "design-time elements stay";
+    EXPECT_EQ(test::ErrorOf([&] { LoadControlArrayElement(first, 1); }), 360) << "index already loaded";
+    EXPECT_EQ(test::ErrorOf([&] { UnloadControlArrayElement(first); }), 362) << "design-time elements stay";
     auto* single = new TextBox(form.Client());
-    EXPECT_EQ(errorOf([&] { LoadControlArrayElement(single, 1); }), 343) << "not an array";
+    EXPECT_EQ(test::ErrorOf([&] { LoadControlArrayElement(single, 1); }), 343) << "not an array";
     UnloadControlArrayElement(second);
     EXPECT_EQ(form.ControlArray(QStringLiteral("chkOption")).size(), 1);
 }

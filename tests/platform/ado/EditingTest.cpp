@@ -2,6 +2,7 @@
 // Delete, pending status through UpdateBatch and CancelBatch, immediate updates, and a provider
 // that refuses rows and reads them again.
 #include "tests/platform/ado/RecordsetBuilder.h"
+#include "tests/support/ErrorOf.h"
 #include "tests/support/Printers.h"
 
 #include "korvex/platform/ado/AdoError.h"
@@ -12,7 +13,7 @@
 namespace korvex::ado {
 namespace {
 
-using test::ErrorOf;
+using korvex::test::ErrorOf;
 using test::MakeRecordset;
 using test::Text;
 using test::Values;

@@ -1,6 +1,7 @@
 // Fabricated recordsets: defining fields, what each field type accepts and gives back, the
 // lifecycle errors, dynamic properties and late binding.
 #include "tests/platform/ado/RecordsetBuilder.h"
+#include "tests/support/ErrorOf.h"
 #include "tests/support/PinnedSettings.h"
 #include "tests/support/Printers.h"
 
@@ -12,7 +13,7 @@
 namespace korvex::ado {
 namespace {
 
-using test::ErrorOf;
+using korvex::test::ErrorOf;
 using test::MakeRecordset;
 
 TEST(FabricatedRecordset, FieldsConvertWhatTheyAcceptAndRefuseTheRest)

@@ -2,6 +2,7 @@
 // sort together, refused criteria that change nothing, and the Optimize index answering exactly
 // as a scan does while rows change through clones.
 #include "tests/platform/ado/RecordsetBuilder.h"
+#include "tests/support/ErrorOf.h"
 #include "tests/support/PinnedSettings.h"
 #include "tests/support/Printers.h"
 
@@ -12,7 +13,7 @@
 namespace korvex::ado {
 namespace {
 
-using test::ErrorOf;
+using korvex::test::ErrorOf;
 using test::MakeRecordset;
 using test::Text;
 using test::Values;

@@ -1,6 +1,7 @@
 // The cursor: moves and their ends, AbsolutePosition, bookmarks across filters, sorts and clones,
 // and the WillMove/MoveComplete events with their reasons and order.
 #include "tests/platform/ado/RecordsetBuilder.h"
+#include "tests/support/ErrorOf.h"
 #include "tests/support/Printers.h"
 
 #include <QSignalSpy>
@@ -10,7 +11,7 @@
 namespace korvex::ado {
 namespace {
 
-using test::ErrorOf;
+using korvex::test::ErrorOf;
 using test::MakeRecordset;
 using test::Text;
 

@@ -61,16 +61,4 @@ inline QString Text(Recordset& rs, const char* field)
     return v.IsNull() ? QStringLiteral("<null>") : CStr(v);
 }
 
-// Runs `action` and returns the number of the korvex::Error it raised, 0 when none.
-template <class Action>
-int ErrorOf(Action&& action)
-{
-    try {
-        action();
-    } catch (const Error& e) {
-        return e.Number();
-    }
-    return 0;
-}
-
 }  // namespace korvex::ado::test

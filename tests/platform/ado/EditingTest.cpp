@@ -63,6 +63,30 @@ TEST(RecordsetEditing, ClonesSeeEachOthersEditsAddsAndDeletes)
     EXPECT_EQ(Values(*sorted, "Code"), (QStringList{"z", "x", "d", "c", "a"}));
 }
 
+TEST(RecordsetEditing, ManyChangesThroughOneCloneStillReachAFilteredSortedClone)
+{
+    // More changes than the store keeps a log of: the watching clone must rebuild, not replay.
+    auto rs = MakeRecordset({{"Id", adInteger}, {"Name", adVarChar, 10}});
+    auto watcher = rs->Clone();
+    watcher->SetFilter(Variant("Name LIKE 'x*'"));
+    watcher->SetSort("Id DESC");
+    const int rows = 70000;
+    for (int i = 0; i < rows; ++i)
+        rs->AddNew(Variant::Array({"Id", "Name"}), Variant::Array({i, i % 2 ? "y" : "x"}));
+    rs->MoveFirst();
+    rs->Delete();
+    EXPECT_EQ(watcher->RecordCount(), rows / 2 - 1) << "row 0 was deleted";
+    watcher->MoveFirst();
+    EXPECT_EQ(watcher->Fields()->Item("Id")->Value(), Variant(rows - 2));
+    watcher->MoveLast();
+    EXPECT_EQ(watcher->Fields()->Item("Id")->Value(), Variant(2));
+
+    auto small = rs->Clone();
+    small->SetFilter(Variant("Id < 3"));
+    rs->AddNew(Variant::Array({"Id", "Name"}), Variant::Array({-1, "x"}));
+    EXPECT_EQ(Values(*small, "Id"), (QStringList{"1", "2", "-1"})) << "a few changes are replayed";
+}
+
 TEST(RecordsetEditing, EditModeFollowsAddNewUpdateCancelAndDelete)
 {
     auto rs = Names();
@@ -101,6 +125,11 @@ TEST(RecordsetEditing, EditModeFollowsAddNewUpdateCancelAndDelete)
     EXPECT_FALSE(rs->IsBOF() || rs->IsEOF()) << "the deleted record stays current";
     EXPECT_EQ(Text(*rs, "Name"), "Bob") << "and can still be read";
     EXPECT_EQ(ErrorOf([&] { rs->Delete(); }), adErrNoCurrentRecord);
+    EXPECT_EQ(ErrorOf([&] { rs->Move(0); }), adErrNoCurrentRecord) << "no record to stay on";
+    const Variant deleted = rs->Bookmark();
+    rs->Move(-1);
+    EXPECT_EQ(Text(*rs, "Name"), "Ann") << "one back from a deleted record";
+    EXPECT_EQ(ErrorOf([&] { rs->SetBookmark(deleted); }), adErrInvalidArgument);
     rs->MoveNext();
     EXPECT_EQ(Text(*rs, "Name"), "Cy");
     EXPECT_EQ(rs->EditMode(), adEditNone);
@@ -169,6 +198,31 @@ TEST(RecordsetBatch, ChangesStayPendingUntilUpdateBatchOrCancelBatch)
     EXPECT_EQ(name->OriginalValue(), Variant("Anne")) << "what was sent is now the original";
     rs->SetFilter(Variant(adFilterPendingRecords));
     EXPECT_EQ(rs->RecordCount(), 0);
+}
+
+TEST(RecordsetBatch, AffectRecordsLimitsWhatIsSentCancelledOrDeleted)
+{
+    auto rs = Names();
+    for (rs->MoveFirst(); !rs->IsEOF(); rs->MoveNext())
+        rs->Fields()->Item("Name")->SetValue(Text(*rs, "Name") + "!");
+    rs->SetAbsolutePosition(2);
+    rs->UpdateBatch(adAffectCurrent);
+    EXPECT_EQ(rs->Status(), adRecOK) << "only b was sent";
+    rs->SetFilter(Variant("Code = 'c'"));
+    rs->CancelBatch(adAffectGroup);
+    rs->SetFilter(Variant(adFilterPendingRecords));
+    EXPECT_EQ(Values(*rs, "Code"), (QStringList{"a"})) << "c was cancelled with its group, a still waits";
+    rs->SetFilter(Variant(adFilterNone));
+    EXPECT_EQ(Values(*rs, "Name"), (QStringList{"Ann!", "Bob!", "Cy"}));
+
+    rs->SetFilter(Variant("Code <> 'b'"));
+    rs->Delete(adAffectGroup);
+    EXPECT_EQ(rs->RecordCount(), 0);
+    rs->SetFilter(Variant(adFilterNone));
+    EXPECT_EQ(Values(*rs, "Code"), (QStringList{"b"}));
+    rs->SetFilter(Variant(adFilterAffectedRecords));
+    EXPECT_EQ(Values(*rs, "Code"), (QStringList{"a", "c"})) << "the deleted rows, still pending";
+    EXPECT_EQ(ErrorOf([&] { rs->Delete(adAffectAll); }), adErrInvalidArgument);
 }
 
 TEST(RecordsetBatch, ImmediateModeWritesEachUpdateAndDeleteAtOnce)

@@ -140,6 +140,23 @@ TEST(FabricatedRecordset, LifecycleErrorsCarryAdoNumbersAndTexts)
     EXPECT_EQ(rs->Fields()->Item(0)->Name(), "Code") << "and keeps its fields";
 }
 
+TEST(FabricatedRecordset, ProvidersLoadRowsThroughTheSameChecks)
+{
+    RecordsetStore store({MakeFieldDef("Code", adVarChar, 3, 0), MakeFieldDef("Qty", adSmallInt, 0, 0)});
+    const Variant good[] = {Variant("abc"), Variant("12")};
+    const Variant tooLong[] = {Variant("abcd"), Variant(1)};
+    const Variant tooBig[] = {Variant("x"), Variant(70000)};
+    const Variant nulls[] = {Null, Null};
+    store.AppendRow(good);
+    EXPECT_EQ(ErrorOf([&] { store.AppendRow(tooLong); }), adErrMultipleStep);
+    EXPECT_EQ(ErrorOf([&] { store.AppendRow(tooBig); }), adErrMultipleStep);
+    store.AppendRow(nulls);  // what the data source holds stands, whatever the attributes say
+    EXPECT_EQ(store.RowCount(), 2u) << "a refused row adds nothing";
+    EXPECT_EQ(store.Value(0, 1), Variant(std::int16_t{12}));
+    EXPECT_EQ(store.Value(1, 0), Null);
+    EXPECT_EQ(store.Status(0), adRecUnmodified);
+}
+
 TEST(FabricatedRecordset, ReadOnlyRecordsetsAndClonesRefuseEdits)
 {
     auto rs = MakeRecordset({{"Code", adVarChar, 5}}, {{"a"}});

@@ -157,6 +157,20 @@ TEST(RecordsetSort, SortIsStableWithNullsFirstAndWorksWithTheFilter)
     EXPECT_EQ(Values(*rs, "Code"), (QStringList{"1", "2", "4"}));
     rs->SetFilter(Variant(adFilterNone));
     EXPECT_EQ(rs->RecordCount(), 5);
+
+    auto early = std::make_shared<Recordset>();
+    early->SetSort("Name DESC");
+    early->Fields()->Append("Name", adVarChar, 5);
+    early->Open();
+    early->AddNew(Variant("Name"), Variant("a"));
+    early->AddNew(Variant("Name"), Variant("b"));
+    early->SetSort(early->Sort());
+    EXPECT_EQ(Values(*early, "Name"), (QStringList{"b", "a"})) << "a Sort set before Open stays";
+    auto misnamed = std::make_shared<Recordset>();
+    misnamed->SetSort("Nope");
+    misnamed->Fields()->Append("Name", adVarChar, 5);
+    EXPECT_EQ(ErrorOf([&] { misnamed->Open(); }), adErrInvalidArgument);
+    EXPECT_EQ(misnamed->State(), adStateClosed);
 }
 
 TEST(RecordsetFind, SearchesEitherWayFromTheCurrentRecordOrABookmark)

@@ -113,6 +113,15 @@ TEST(RecordsetNavigation, BookmarksNameRecordsAcrossFiltersSortsAndClones)
     EXPECT_EQ(ErrorOf([&] { other->SetBookmark(c); }), adErrInvalidArgument) << "not this recordset's rows";
     EXPECT_EQ(ErrorOf([&] { (void)other->CompareBookmarks(c, other->Bookmark()); }), adErrInvalidArgument);
     EXPECT_EQ(ErrorOf([&] { rs->SetBookmark(Variant(1)); }), adErrInvalidArgument);
+
+    // A filter of bookmarks shows those records in the recordset's order.
+    rs->SetFilter(Variant::Array({d, c}));
+    rs->SetSort("");
+    EXPECT_EQ(test::Values(*rs, "Code"), (QStringList{"c", "d"}));
+    rs->SetSort("Code DESC");
+    EXPECT_EQ(test::Values(*rs, "Code"), (QStringList{"d", "c"}));
+    rs->SetFilter(Variant(adFilterFetchedRecords));
+    EXPECT_EQ(rs->RecordCount(), 5);
 }
 
 // Records each event with the state the handler finds.

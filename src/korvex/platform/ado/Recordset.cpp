@@ -89,7 +89,17 @@ void Recordset::OpenStore(std::shared_ptr<RecordsetStore> store, int CursorType,
     else if (!mLockTypeSet)
         mLockType = adLockBatchOptimistic;
     mCursorType = adOpenStatic;
-    Moving(adRsnMove, [&] { Attach(std::move(store)); });
+    // A Sort set while closed applies from the start.
+    std::vector<SortKey> keys = BindSortKeys(mSort, *store);
+    const QString sort = mSort;
+    Moving(adRsnMove, [&] {
+        Attach(std::move(store));
+        if (!keys.empty()) {
+            mView.Resort(std::move(keys));
+            mSort = sort;
+            PlaceAt(0);
+        }
+    });
 }
 
 void Recordset::Attach(std::shared_ptr<RecordsetStore> store)
@@ -581,7 +591,11 @@ void Recordset::SetFilter(const Variant& filter)
 
 void Recordset::SetSort(const QString& sort)
 {
-    RequireOpen();
+    if (!mStore) {
+        (void)ParseSortTerms(sort);  // the field names are checked when the recordset opens
+        mSort = sort;
+        return;
+    }
     std::vector<SortKey> keys = BindSortKeys(sort, *mStore);
     FinishEdit();
     Sync();

@@ -74,7 +74,7 @@ public:
     // filter. Moves to the first record.
     void SetFilter(const Variant& filter);
     QString Sort() const { return mSort; }
-    // Moves to the first record.
+    // Moves to the first record. Set while closed, it applies when the recordset opens.
     void SetSort(const QString& sort);
     Variant Bookmark() const;
     void SetBookmark(const Variant& bookmark);

@@ -42,7 +42,7 @@ public:
 
     const Definition& Def() const noexcept { return mDef; }
     bool IsAscending() const noexcept { return mDef.sort.empty(); }
-    const std::vector<RowId>& Rows() const noexcept { return mNatural ? mStore->VisibleRows() : mRows; }
+    const std::vector<RowId>& Rows() const noexcept { return mNatural && mStore ? mStore->VisibleRows() : mRows; }
     std::size_t Size() const noexcept { return Rows().size(); }
     RowId At(std::size_t index) const noexcept { return Rows()[index]; }
     std::optional<std::size_t> IndexOf(RowId row) const;

@@ -171,33 +171,33 @@ public:
 private:
     void Advance() { mToken = mTokens.Next(); }
 
-    CriteriaNode Or(int depth)
+    // Terms joined by one keyword; a single term stands for itself.
+    template <class Term>
+    CriteriaNode Joined(int depth, QLatin1StringView keyword, CriteriaNode::Kind kind, Term term)
     {
-        CriteriaNode first = And(depth);
-        if (!IsKeyword(mToken, QLatin1StringView("OR")))
+        CriteriaNode first = (this->*term)(depth);
+        if (!IsKeyword(mToken, keyword))
             return first;
         CriteriaNode node;
-        node.kind = CriteriaNode::Kind::Or;
+        node.kind = kind;
         node.children.push_back(std::move(first));
-        while (IsKeyword(mToken, QLatin1StringView("OR"))) {
+        while (IsKeyword(mToken, keyword)) {
             Advance();
-            node.children.push_back(And(depth));
+            node.children.push_back((this->*term)(depth));
         }
         return node;
     }
 
+    CriteriaNode Or(int depth)
+    {
+        return Joined(depth, QLatin1StringView("OR"), CriteriaNode::Kind::Or, &CriteriaReader::And);
+    }
+
     CriteriaNode And(int depth)
     {
-        CriteriaNode first = Primary(depth);
-        if (!IsKeyword(mToken, QLatin1StringView("AND")))
-            return first;
-        CriteriaNode node;
-        node.kind = CriteriaNode::Kind::And;
-        node.children.push_back(std::move(first));
-        while (IsKeyword(mToken, QLatin1StringView("AND"))) {
-            Advance();
-            node.children.push_back(Primary(depth));
-        }
+        CriteriaNode node = Joined(depth, QLatin1StringView("AND"), CriteriaNode::Kind::And, &CriteriaReader::Primary);
+        if (node.kind != CriteriaNode::Kind::And)
+            return node;
         // ADO refuses (a OR b) AND c: the same rows must be written as (a AND c) OR (b AND c).
         for (const CriteriaNode& child : node.children) {
             if (child.kind == CriteriaNode::Kind::Or)

@@ -9,39 +9,44 @@ namespace korvex::ado {
 
 Field::Field(Recordset* recordset, int index) : QObject(recordset), mRecordset(recordset), mIndex(index) {}
 
+const FieldDef& Field::Def() const
+{
+    return mRecordset->FieldDefs()[static_cast<std::size_t>(mIndex)];
+}
+
 QString Field::Name() const
 {
-    return mRecordset->FieldDefs()[static_cast<std::size_t>(mIndex)].Name;
+    return Def().Name;
 }
 
 int Field::Type() const
 {
-    return mRecordset->FieldDefs()[static_cast<std::size_t>(mIndex)].Type;
+    return Def().Type;
 }
 
 int Field::DefinedSize() const
 {
-    return mRecordset->FieldDefs()[static_cast<std::size_t>(mIndex)].DefinedSize;
+    return Def().DefinedSize;
 }
 
 int Field::ActualSize() const
 {
-    return ActualSizeOf(Value(), mRecordset->FieldDefs()[static_cast<std::size_t>(mIndex)]);
+    return ActualSizeOf(Value(), Def());
 }
 
 int Field::Attributes() const
 {
-    return mRecordset->FieldDefs()[static_cast<std::size_t>(mIndex)].Attributes;
+    return Def().Attributes;
 }
 
 int Field::Precision() const
 {
-    return mRecordset->FieldDefs()[static_cast<std::size_t>(mIndex)].Precision;
+    return Def().Precision;
 }
 
 int Field::NumericScale() const
 {
-    return mRecordset->FieldDefs()[static_cast<std::size_t>(mIndex)].NumericScale;
+    return Def().NumericScale;
 }
 
 Variant Field::Value() const

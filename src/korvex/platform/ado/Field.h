@@ -13,6 +13,7 @@
 namespace korvex::ado {
 
 class Recordset;
+struct FieldDef;
 
 class Field : public QObject {
     Q_OBJECT
@@ -58,6 +59,8 @@ public:
     void SetStatus(int status) { mStatus = status; }
 
 private:
+    const FieldDef& Def() const;
+
     Recordset* mRecordset;
     int mIndex;
     int mStatus = adFieldOK;

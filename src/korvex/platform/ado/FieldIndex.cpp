@@ -89,29 +89,28 @@ std::vector<RowId> FieldIndex::Collect(std::size_t from, std::size_t to, Keep ke
 
 std::vector<RowId> FieldIndex::Equal(QStringView key) const
 {
-    auto textOf = [&](RowId row) { return mColumn.Text(row); };
-    const auto from = std::partition_point(mSorted.begin(), mSorted.end(),
-                                           [&](RowId row) { return CompareNoCase(textOf(row), key) < 0; });
-    const auto to =
-        std::partition_point(from, mSorted.end(), [&](RowId row) { return CompareNoCase(textOf(row), key) == 0; });
-    return Collect(static_cast<std::size_t>(from - mSorted.begin()), static_cast<std::size_t>(to - mSorted.begin()),
-                   [&](QStringView text) { return EqualsNoCase(text, key); });
+    return Matching(key, false);
 }
 
 std::vector<RowId> FieldIndex::StartingWith(QStringView prefix) const
 {
-    // Cut to the prefix's length, the sorted texts stay in order, so the rows that start with it
-    // form one run.
+    return Matching(prefix, true);
+}
+
+std::vector<RowId> FieldIndex::Matching(QStringView key, bool prefix) const
+{
+    // Cut to the key's length, the sorted texts stay in order, so the rows that start with the
+    // key form one run, as do the rows equal to it.
     auto head = [&](RowId row) {
         const QStringView text = mColumn.Text(row);
-        return text.first(std::min(text.size(), prefix.size()));
+        return prefix ? text.first(std::min(text.size(), key.size())) : text;
     };
     const auto from = std::partition_point(mSorted.begin(), mSorted.end(),
-                                           [&](RowId row) { return CompareNoCase(head(row), prefix) < 0; });
+                                           [&](RowId row) { return CompareNoCase(head(row), key) < 0; });
     const auto to =
-        std::partition_point(from, mSorted.end(), [&](RowId row) { return CompareNoCase(head(row), prefix) == 0; });
+        std::partition_point(from, mSorted.end(), [&](RowId row) { return CompareNoCase(head(row), key) == 0; });
     return Collect(static_cast<std::size_t>(from - mSorted.begin()), static_cast<std::size_t>(to - mSorted.begin()),
-                   [&](QStringView text) { return StartsWithNoCase(text, prefix); });
+                   [&](QStringView text) { return prefix ? StartsWithNoCase(text, key) : EqualsNoCase(text, key); });
 }
 
 }  // namespace korvex::ado

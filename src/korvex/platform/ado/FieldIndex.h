@@ -32,6 +32,7 @@ public:
 
 private:
     bool Less(RowId a, RowId b) const noexcept;
+    std::vector<RowId> Matching(QStringView key, bool prefix) const;
     void Merge();
     template <class Keep>
     std::vector<RowId> Collect(std::size_t from, std::size_t to, Keep keep) const;

@@ -257,7 +257,10 @@ void Recordset::Refind() const
 {
     if (mPos.at != At::Row && mPos.at != At::Gap)
         return;
-    // The rows moved under the cursor: find the current record again, or the gap it left.
+    // The rows moved under the cursor: find the current record again, or the gap it left. Most
+    // changes (rows added at the end) leave it where it was, which a sorted view checks cheaply.
+    if (mPos.at == At::Row && mPos.index < mView.Size() && mView.At(mPos.index) == mPos.row)
+        return;
     if (auto index = IndexOfRow(mPos.row)) {
         mPos.at = At::Row;
         mPos.index = *index;
@@ -315,9 +318,7 @@ int Recordset::AbsolutePosition() const
 
 void Recordset::SetAbsolutePosition(int position)
 {
-    RequireOpen();
-    FinishEdit();
-    Sync();
+    PrepareMove();
     if (position < 1 || static_cast<std::size_t>(position) > Count())
         RaiseAdo(adErrInvalidArgument);
     Moving(adRsnMove, [&] { PlaceAt(position - 1); });
@@ -339,9 +340,7 @@ Variant Recordset::Bookmark() const
 
 void Recordset::SetBookmark(const Variant& bookmark)
 {
-    RequireOpen();
-    FinishEdit();
-    Sync();
+    PrepareMove();
     const auto row = mStore->RowOfBookmark(bookmark);
     const auto index = row ? IndexOfRow(*row) : std::nullopt;
     if (!index)
@@ -403,17 +402,13 @@ void Recordset::CompleteMove(EventReasonEnum reason, const Error* error)
 
 void Recordset::MoveFirst()
 {
-    RequireOpen();
-    FinishEdit();
-    Sync();
+    PrepareMove();
     Moving(adRsnMoveFirst, [&] { PlaceAt(0); });
 }
 
 void Recordset::MoveLast()
 {
-    RequireOpen();
-    FinishEdit();
-    Sync();
+    PrepareMove();
     Moving(adRsnMoveLast, [&] { PlaceAt(Count() == 0 ? 0 : static_cast<std::ptrdiff_t>(Count()) - 1); });
 }
 
@@ -472,9 +467,7 @@ std::ptrdiff_t Recordset::ResolveStart(const Variant& start, int direction) cons
 
 void Recordset::Move(int NumRecords, const Variant& Start)
 {
-    RequireOpen();
-    FinishEdit();
-    Sync();
+    PrepareMove();
     const bool fromCurrent = Start.IsEmpty() || (Start.IsNumber() && !mStore->RowOfBookmark(Start) &&
                                                  CLng(Start) == adBookmarkCurrent);
     std::ptrdiff_t base = 0;
@@ -689,6 +682,13 @@ void Recordset::SetFieldOptimized(int field, bool on)
 
 // --- Editing ---------------------------------------------------------------------------------
 
+void Recordset::PrepareMove()
+{
+    RequireOpen();
+    FinishEdit();
+    Sync();
+}
+
 void Recordset::FinishEdit()
 {
     if (mEditMode == adEditInProgress || mEditMode == adEditAdd)
@@ -882,9 +882,7 @@ std::vector<RowId> Recordset::RowsAffected(int affect, bool pendingOnly) const
 
 void Recordset::UpdateBatch(int AffectRecords)
 {
-    RequireOpen();
-    FinishEdit();
-    Sync();
+    PrepareMove();
     const std::vector<RowId> rows = RowsAffected(AffectRecords, true);
     if (rows.empty())
         return;

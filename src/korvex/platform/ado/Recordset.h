@@ -169,6 +169,9 @@ private:
     void CompleteMove(EventReasonEnum reason, const Error* error);
 
     // Editing.
+    // Before moving or sending rows: the recordset must be open, an edit is updated, the view
+    // has caught up with the clones.
+    void PrepareMove();
     void FinishEdit();
     void DiscardEdit();
     void ClearEdits();

@@ -834,8 +834,7 @@ void Recordset::Delete(int AffectRecords)
     std::optional<Error> error;
     Moving(adRsnDelete, [&] {
         DiscardEdit();
-        for (RowId row : rows)
-            mStore->MarkDeleted(row, this);
+        mStore->MarkDeleted(rows, this);
         mLastAffected = rows;
         if (!IsBatch())
             error = SendChanges(rows);

@@ -66,6 +66,7 @@ RowId RecordsetStore::AppendRow(std::span<const Variant> values)
             mIndexes[i]->Add(row);
     }
     Show(row);
+    ApplyVisibility();
     Log(row, ChangeKind::Added, nullptr);
     return row;
 }
@@ -107,6 +108,7 @@ void RecordsetStore::CommitAdd(RowId row, const void* origin, bool pending)
             mIndexes[i]->Add(row);
     }
     Show(row);
+    ApplyVisibility();
     Log(row, ChangeKind::Added, origin);
 }
 
@@ -143,10 +145,26 @@ void RecordsetStore::WriteValue(RowId row, int field, const Variant& value)
     WriteColumn(row, field, value);
 }
 
-void RecordsetStore::MarkDeleted(RowId row, const void* origin)
+void RecordsetStore::MarkDeleted(std::span<const RowId> rows, const void* origin)
 {
+    for (RowId row : rows)
+        MarkDeletedRow(row, origin);
+    ApplyVisibility();
+}
+
+void RecordsetStore::Remove(std::span<const RowId> rows, const void* origin)
+{
+    for (RowId row : rows)
+        RemoveRow(row, origin);
+    ApplyVisibility();
+}
+
+void RecordsetStore::MarkDeletedRow(RowId row, const void* origin)
+{
+    if (IsGone(row) || (mState[row] & adRecDeleted))
+        return;
     if (mState[row] & adRecNew) {
-        Remove(row, origin);  // never sent: there is nothing to delete at the data source
+        RemoveRow(row, origin);  // never sent: there is nothing to delete at the data source
         return;
     }
     mState[row] |= adRecDeleted;
@@ -155,7 +173,7 @@ void RecordsetStore::MarkDeleted(RowId row, const void* origin)
     Log(row, ChangeKind::Deleted, origin);
 }
 
-void RecordsetStore::Remove(RowId row, const void* origin)
+void RecordsetStore::RemoveRow(RowId row, const void* origin)
 {
     if (IsGone(row))
         return;
@@ -189,13 +207,14 @@ void RecordsetStore::AcceptChanges(std::span<const RowId> rows, const void* orig
         if (IsGone(row) || (mState[row] & AddingFlag))
             continue;
         if (mState[row] & adRecDeleted) {
-            Remove(row, origin);
+            RemoveRow(row, origin);
             continue;
         }
         mState[row] = adRecOK;
         mPending.erase(row);
         ForgetChanges(row);
     }
+    ApplyVisibility();
 }
 
 void RecordsetStore::CancelChanges(std::span<const RowId> rows, const void* origin)
@@ -205,7 +224,7 @@ void RecordsetStore::CancelChanges(std::span<const RowId> rows, const void* orig
         if (IsGone(row) || (mState[row] & AddingFlag))
             continue;
         if (mState[row] & adRecNew) {
-            Remove(row, origin);
+            RemoveRow(row, origin);
             continue;
         }
         RestoreOriginals(row);
@@ -216,6 +235,7 @@ void RecordsetStore::CancelChanges(std::span<const RowId> rows, const void* orig
         mState[row] = adRecUnmodified;
         mPending.erase(row);
     }
+    ApplyVisibility();
     if (restored)
         DropLog();  // rows came back: every view rebuilds to take them in again
 }
@@ -248,6 +268,7 @@ void RecordsetStore::ReplaceValues(RowId row, std::span<const Variant> values)
     mState[row] = adRecUnmodified;
     if (wasDeleted) {
         Show(row);
+        ApplyVisibility();
         DropLog();
     }
 }
@@ -306,15 +327,36 @@ RecordsetProvider& RecordsetStore::Provider() const
 
 void RecordsetStore::Show(RowId row)
 {
-    auto it = std::upper_bound(mVisible.begin(), mVisible.end(), row);
-    mVisible.insert(it, row);
+    if (mVisible.empty() || mVisible.back() < row)
+        mVisible.push_back(row);  // the common case: a new row, after all others
+    else
+        mShowing.push_back(row);
 }
 
 void RecordsetStore::Hide(RowId row)
 {
-    auto it = std::lower_bound(mVisible.begin(), mVisible.end(), row);
-    if (it != mVisible.end() && *it == row)
-        mVisible.erase(it);
+    mHiding.push_back(row);
+}
+
+void RecordsetStore::ApplyVisibility()
+{
+    if (mHiding.size() == 1) {
+        auto it = std::lower_bound(mVisible.begin(), mVisible.end(), mHiding[0]);
+        if (it != mVisible.end() && *it == mHiding[0])
+            mVisible.erase(it);
+    } else if (!mHiding.empty()) {
+        std::sort(mHiding.begin(), mHiding.end());
+        std::erase_if(mVisible, [&](RowId row) { return std::binary_search(mHiding.begin(), mHiding.end(), row); });
+    }
+    mHiding.clear();
+    if (!mShowing.empty()) {
+        std::sort(mShowing.begin(), mShowing.end());
+        std::vector<RowId> merged;
+        merged.reserve(mVisible.size() + mShowing.size());
+        std::merge(mVisible.begin(), mVisible.end(), mShowing.begin(), mShowing.end(), std::back_inserter(merged));
+        mVisible = std::move(merged);
+        mShowing.clear();
+    }
 }
 
 void RecordsetStore::Log(RowId row, ChangeKind kind, const void* origin)

@@ -82,9 +82,9 @@ public:
     void DiscardAdd(RowId row, const void* origin);
     // Keeps the value as read the first time a written row changes, and marks it modified.
     void WriteValue(RowId row, int field, const Variant& value);
-    // Batch mode: the row stays, marked deleted, until the batch is sent or cancelled.
-    void MarkDeleted(RowId row, const void* origin);
-    void Remove(RowId row, const void* origin);
+    // Batch mode: the rows stay, marked deleted, until the batch is sent or cancelled.
+    void MarkDeleted(std::span<const RowId> rows, const void* origin);
+    void Remove(std::span<const RowId> rows, const void* origin);
 
     // The end of a batch: accepted rows lose their pending state (deleted ones go), cancelled rows
     // get their values as read back (new ones go, deleted ones come back).
@@ -131,8 +131,13 @@ private:
     static constexpr std::uint32_t GoneFlag = 0x80000000;
     static constexpr std::uint32_t HiddenMask = AddingFlag | GoneFlag | adRecDeleted;
 
+    // Rows join and leave the visible list in one pass per operation, so that an operation on
+    // many rows of a big store stays linear.
     void Show(RowId row);
     void Hide(RowId row);
+    void ApplyVisibility();
+    void MarkDeletedRow(RowId row, const void* origin);
+    void RemoveRow(RowId row, const void* origin);
     void Log(RowId row, ChangeKind kind, const void* origin);
     void DropLog();
     void WriteColumn(RowId row, int field, const Variant& value);
@@ -145,6 +150,8 @@ private:
     std::vector<char> mOptimized;
     std::vector<std::uint32_t> mState;
     std::vector<RowId> mVisible;
+    std::vector<RowId> mShowing;
+    std::vector<RowId> mHiding;
     std::set<RowId> mPending;
     std::unordered_map<RowId, std::vector<Variant>> mOriginals;
     std::unordered_map<RowId, std::map<int, Variant>> mUnderlying;

@@ -109,14 +109,26 @@ public:
                           const korvex::Variant& Start = {});
     Q_INVOKABLE int CompareBookmarks(const korvex::Variant& Bookmark1, const korvex::Variant& Bookmark2) const;
 
-    // Editing. Moving away from an edited record updates it first.
+    // Editing. Moving away from an edited record updates it first. With adLockBatchOptimistic an
+    // update stays pending (Status) until UpdateBatch or CancelBatch; other lock types send each
+    // update and delete at once.
+    // AddNew moves to a new record at the end (MoveComplete adRsnAddNew); with values it updates.
     Q_INVOKABLE void AddNew(const korvex::Variant& FieldList = {}, const korvex::Variant& Values = {});
     Q_INVOKABLE void Update(const korvex::Variant& Fields = {}, const korvex::Variant& Values = {});
+    // Drops the edit; an added record goes and the record before it is current again
+    // (MoveComplete adRsnUndoAddNew).
     Q_INVOKABLE void CancelUpdate();
+    // adAffectCurrent or adAffectGroup (the filtered records). The deleted record stays current,
+    // readable, until the cursor moves (MoveComplete adRsnDelete).
     Q_INVOKABLE void Delete(int AffectRecords = adAffectCurrent);
+    // Sends pending changes through the provider; rows it refuses keep their changes and get its
+    // status flags, and its error is raised after MoveComplete (adRsnUpdate) reports it.
     Q_INVOKABLE void UpdateBatch(int AffectRecords = adAffectAll);
+    // Puts the values as read back, brings deleted rows back and drops new ones
+    // (MoveComplete adRsnUndoUpdate).
     Q_INVOKABLE void CancelBatch(int AffectRecords = adAffectAll);
-    // Asks the provider to read the rows again (a fabricated recordset has none to ask: 3251).
+    // Asks the provider to read the rows again (MoveComplete adRsnResynch); a fabricated
+    // recordset has no data source to ask: 3251.
     Q_INVOKABLE void Resync(int AffectRecords = adAffectAll, int ResyncValues = adResyncAllValues);
 
     // For Field, Fields and providers.

@@ -14,19 +14,19 @@
 
 namespace korvex::ado::test {
 
-struct FieldSpec {
+struct TestField {
     const char* name;
     int type;
     int size = 0;
     int attributes = adFldIsNullable;
 };
 
-inline std::shared_ptr<Recordset> MakeRecordset(std::initializer_list<FieldSpec> fields,
+inline std::shared_ptr<Recordset> MakeRecordset(std::initializer_list<TestField> fields,
                                                 std::initializer_list<std::vector<Variant>> rows = {},
                                                 int lockType = adLockBatchOptimistic)
 {
     auto rs = std::make_shared<Recordset>();
-    for (const FieldSpec& f : fields)
+    for (const TestField& f : fields)
         rs->Fields()->Append(QString::fromUtf8(f.name), f.type, f.size, f.attributes);
     rs->Open(Variant(), Variant(), adOpenStatic, lockType);
     for (const std::vector<Variant>& row : rows) {

@@ -1,0 +1,317 @@
+// DataBindingSource over an in-memory recordset: which controls it binds, what each kind shows
+// and gives back, the edit states, required fields, stamps, Cancel after Add, and the change
+// tests. The database side (conflicts between users) is tested in DataBindingDatabaseTest.
+#include "korvex/core/SharedContext.h"
+#include "korvex/core/clsZqUser.h"
+#include "korvex/data/DataBindingSource.h"
+#include "korvex/platform/host/CheckBox.h"
+#include "korvex/platform/host/Form.h"
+#include "korvex/platform/host/FormFile.h"
+#include "korvex/platform/host/TextBox.h"
+#include "korvex/platform/system/MessageBoxService.h"
+#include "korvex/runtime/Conversions.h"
+#include "tests/support/BindableFakes.h"
+#include "tests/support/ErrorOf.h"
+#include "tests/support/PinnedSettings.h"
+#include "tests/support/Printers.h"
+
+#include <QLineEdit>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace korvex {
+namespace {
+
+using namespace ado;
+
+// A text box of the host's own, derived from the standard one: bound by kind, unknown by name.
+class UpperTextBox : public TextBox {
+    Q_OBJECT
+public:
+    using TextBox::TextBox;
+};
+
+class Clerk : public clsZqUser {
+public:
+    using clsZqUser::clsZqUser;
+    Variant UserId() const override { return Variant("clerk7"); }
+};
+
+std::shared_ptr<Recordset> Customers()
+{
+    auto rs = std::make_shared<Recordset>();
+    Fields* f = rs->Fields();
+    f->Append(QStringLiteral("CustomerId"), adInteger, 0, 0);
+    f->Append(QStringLiteral("Name"), adVarWChar, 30, 0);  // NOT NULL
+    f->Append(QStringLiteral("City"), adVarWChar, 20, adFldIsNullable);
+    f->Append(QStringLiteral("Active"), adBoolean, 0, adFldIsNullable);
+    f->Append(QStringLiteral("Visits"), adInteger, 0, adFldIsNullable);
+    f->Append(QStringLiteral("Joined"), adDate, 0, 0);  // NOT NULL
+    f->Append(QStringLiteral("UpdatedBy"), adVarWChar, 20, adFldIsNullable);
+    f->Append(QStringLiteral("UpdatedAt"), adDate, 0, adFldIsNullable);
+    rs->Open();
+    rs->Properties()->Item(QStringLiteral("Unique Table"))->SetValue(QStringLiteral("customers"));
+    const Variant names = Variant::Array({"CustomerId", "Name", "City", "Active", "Visits", "Joined"});
+    rs->AddNew(names, Variant::Array({1, "Ada   ", "London", true, 3, Date{40000}}));
+    rs->AddNew(names, Variant::Array({2, "Brian", Null, Null, Null, Date{40100}}));
+    rs->AddNew(names, Variant::Array({3, "Chloe", "Paris", false, 12, Date{40200}}));
+    rs->UpdateBatch();
+    rs->MoveFirst();
+    return rs;
+}
+
+struct BindingTest : ::testing::Test {
+    template <class T>
+    T* Add(const char* name, const char* dataField)
+    {
+        auto* c = new T(form.Client());
+        c->SetName(QString::fromLatin1(name));
+        SetProperty(c, QStringLiteral("DataField"), QString::fromLatin1(dataField));
+        return c;
+    }
+    DataBindingSource* Source(const char* name = "dbsCustomer")
+    {
+        auto* s = static_cast<DataBindingSource*>(FormFile::AddNewControl(form, QStringLiteral("DataBindingSource"), QString::fromLatin1(name)));
+        return s;
+    }
+    QString TextOf(QObject* c) { return CStr(GetProperty(c, QStringLiteral("Text"))); }
+
+    test::PinnedSettings pin;
+    ScopedMessageBoxRecorder boxes;
+    Form form;
+};
+
+TEST_F(BindingTest, DiscoveryNormalisesDataFieldsAndTheFirstControlOfAFieldWins)
+{
+    auto* name = Add<TextBox>("txtName", "customers.Name");
+    auto* again = Add<TextBox>("txtNameAgain", "Name");
+    auto* city = Add<TextBox>("txtCity", "Upper(City) as City");
+    auto* active = Add<CheckBox>("chkActive", "ACTIVE");
+    auto* unbound = Add<TextBox>("txtNote", "");
+    DataBindingSource* source = Source();
+    source->SetRecordset(Customers());
+    EXPECT_EQ(source->BoundControls(), (QList<QObject*>{name, again, city, active}));
+    EXPECT_EQ(name->Text(), "Ada") << "the table prefix goes; trailing blanks too";
+    EXPECT_EQ(again->Text(), "") << "a second control of the same field is never written";
+    EXPECT_EQ(city->Text(), "London") << "only the name after \" as \" counts";
+    EXPECT_EQ(active->Value(), 1);
+    EXPECT_EQ(unbound->Text(), "");
+    EXPECT_FALSE(source->isVisible()) << "invisible at run time";
+}
+
+TEST_F(BindingTest, SeveralSourcesNeedTheirPrefix)
+{
+    auto* a = Add<TextBox>("txtA", "dbsCustomer.Name");
+    auto* b = Add<TextBox>("txtB", "dbsOther.Name");
+    DataBindingSource* customer = Source("dbsCustomer");
+    Source("dbsOther");
+    customer->SetRecordset(Customers());
+    EXPECT_EQ(a->Text(), "Ada");
+    EXPECT_EQ(b->Text(), "") << "bound to the other source";
+
+    Add<TextBox>("txtLoose", "Name");
+    DataBindingSource* third = Source("dbsThird");
+    try {
+        third->SetRecordset(Customers());
+        ADD_FAILURE() << "an ambiguous DataField was accepted";
+    } catch (const Error& e) {
+        EXPECT_EQ(e.Number(), ObjectErrorBase);
+        EXPECT_TRUE(e.Source().endsWith(QStringLiteral(".dbsThird.EnumerateBoundControls"))) << e.what();
+        EXPECT_EQ(e.Description(), "Control \"txtLoose\" has a DataField specified but does not specify which "
+                                   "DataBindingSource to use.");
+    }
+}
+
+TEST_F(BindingTest, EachKindShowsTheRecordAndMovingOffClearsIt)
+{
+    auto* name = Add<TextBox>("txtName", "Name");
+    auto* city = Add<TextBox>("txtCity", "City");
+    city->SetMaxLength(10);
+    auto* active = Add<CheckBox>("chkActive", "Active");
+    auto* visits = Add<CheckBox>("chkVisits", "Visits");
+    auto* joined = Add<test::FakeDate>("dtpJoined", "Joined");
+    joined->maxDate = Date{40050};
+    auto* code = Add<test::FakeProdCode>("txtCode", "CustomerId");
+    auto* combo = Add<test::FakeCombo>("cboCity", "City");
+    auto* dropdown = Add<test::FakeDropdown>("ddCity", "Name");
+    DataBindingSource* source = Source();
+    QSignalSpy moves(source, &DataBindingSource::RecordMove);
+    QObject::connect(source, &DataBindingSource::DataReadFromSource, [](const QString& field, Variant& value, int) {
+        if (field == QLatin1String("Visits") && !value.IsNull())
+            value = CLng(value) * 2;  // the handler's value is the one shown
+    });
+    auto rs = Customers();
+    source->SetRecordset(rs);
+    EXPECT_EQ(name->MaxLength(), 30) << "a text box without a limit takes the field's size";
+    EXPECT_EQ(city->MaxLength(), 10) << "one with a limit keeps it";
+    EXPECT_EQ(visits->Value(), 6);
+    EXPECT_EQ(code->text, "1");
+    EXPECT_EQ(combo->boundText, Variant("London"));
+    EXPECT_EQ(dropdown->boundValue, Variant("Ada   ")) << "the bound value is the field's value as it is";
+    ASSERT_EQ(boxes.shown().size(), 1) << "a date beyond the control's maximum is adjusted and the user told";
+    EXPECT_EQ(boxes.shown()[0].prompt, "The field \"Joined\" contained an invalid value of \"7/6/2009\".\r\n\r\nIt has "
+                                       "been changed to \"8/25/2009\".");
+    EXPECT_EQ(boxes.shown()[0].buttons, vbInformation);
+    EXPECT_EQ(joined->value, Variant(Date{40050}));
+
+    rs->MoveNext();
+    EXPECT_EQ(city->Text(), "") << "Null shows as an empty text";
+    EXPECT_EQ(active->Value(), 0) << "a Null Boolean shows unchecked";
+    EXPECT_EQ(visits->Value(), 0);
+    EXPECT_EQ(boxes.shown().size(), 2) << "once per display";
+    rs->MoveLast();
+    rs->MoveNext();
+    EXPECT_TRUE(rs->IsEOF());
+    EXPECT_EQ(name->Text(), "");
+    EXPECT_TRUE(joined->value.IsNull());
+    EXPECT_TRUE(dropdown->boundValue.IsNull());
+    EXPECT_EQ(combo->boundText, Variant(""));
+    ASSERT_GE(moves.count(), 3);
+    EXPECT_FALSE(moves.last()[0].toBool()) << "RecordMove says the record is not valid";
+    EXPECT_TRUE(moves[moves.count() - 2][0].toBool());
+}
+
+TEST_F(BindingTest, UnknownKindsAndInvalidFieldsAreReported)
+{
+    Add<UpperTextBox>("txtUpper", "Name");
+    Add<TextBox>("txtNope", "Nope");
+    DataBindingSource* source = Source();
+    auto rs = Customers();
+    source->SetRecordset(rs);
+    QStringList prompts;
+    for (const auto& shown : boxes.shown())
+        prompts << shown.prompt;
+    EXPECT_EQ(prompts, (QStringList{"Control 'txtNope' is bound to invalid field 'Nope'!", "Unknown attached control type!"}));
+    rs->MoveNext();
+    EXPECT_EQ(boxes.shown().size(), 3) << "the invalid field is told once, the unknown kind at every display";
+    EXPECT_EQ(boxes.shown().last().prompt, "Unknown attached control type!");
+}
+
+TEST_F(BindingTest, EditStatesAndSaveWithStamps)
+{
+    auto* name = Add<TextBox>("txtName", "Name");
+    auto* city = Add<TextBox>("txtCity", "City");
+    auto* stampedBy = Add<TextBox>("txtBy", "UpdatedBy");
+    DataBindingSource* source = Source();
+    auto rs = Customers();
+    source->SetRecordset(rs);
+    Clerk clerk;
+    SharedContext::ForThisThread().User = &clerk;
+    QSignalSpy starts(source, &DataBindingSource::RecordEditStart);
+
+    source->Edit();
+    EXPECT_EQ(source->EditMode(), ZqDataEditing);
+    EXPECT_EQ(test::ErrorOf([&] { source->Add(); }), ObjectErrorBase);
+    EXPECT_EQ(test::ErrorOf([&] { source->Edit(); }), ObjectErrorBase);
+    EXPECT_EQ(source->EditMode(), ZqDataEditing) << "a refused Add leaves the edit as it was";
+    ASSERT_EQ(starts.count(), 1);
+
+    form.show();
+    name->SetFocus();
+    name->LineEdit()->selectAll();
+    QTest::keyClicks(name->LineEdit(), QStringLiteral("Adele"));  // still focused when Save runs
+    city->SetText(QString());
+    EXPECT_TRUE(source->Save());
+    EXPECT_EQ(source->EditMode(), ZqDataViewOnly);
+    EXPECT_EQ(rs->Fields()->Item(QStringLiteral("Name"))->Value(), Variant("Adele")) << "the last keystrokes are saved";
+    EXPECT_TRUE(rs->Fields()->Item(QStringLiteral("City"))->Value().IsNull()) << "an emptied nullable text is Null";
+    EXPECT_EQ(rs->Fields()->Item(QStringLiteral("UpdatedBy"))->Value(), Variant("clerk7")) << "the user's UserId";
+    EXPECT_EQ(stampedBy->Text(), "clerk7") << "the record is shown again after the batch";
+    SharedContext::ForThisThread().User = nullptr;
+}
+
+TEST_F(BindingTest, RequiredFieldsCancelledSavesAndFailedWritesKeepTheEdit)
+{
+    auto* joined = Add<test::FakeDate>("dtpJoined", "Joined");
+    auto* name = Add<TextBox>("txtName", "Name");
+    DataBindingSource* source = Source();
+    auto rs = Customers();
+    source->SetRecordset(rs);
+
+    source->Edit();
+    joined->value = Null;
+    name->SetText(QStringLiteral("Changed"));
+    try {
+        source->Save();
+        ADD_FAILURE() << "an empty required field was saved";
+    } catch (const Error& e) {
+        EXPECT_EQ(e.Description(), "Database field \"Joined\" is required.");
+        EXPECT_TRUE(e.Source().endsWith(QStringLiteral(".PopulateRSFromControls")));
+    }
+    EXPECT_EQ(rs->Fields()->Item(QStringLiteral("Name"))->Value(), Variant("Ada   ")) << "nothing written";
+    EXPECT_EQ(name->Text(), "Changed") << "the typed value stays in its control";
+    EXPECT_EQ(source->EditMode(), ZqDataEditing);
+
+    source->SetAutoSetUpdated(false);
+    try {
+        source->Save();
+        ADD_FAILURE() << "the recordset took Null into a NOT NULL field";
+    } catch (const Error& e) {
+        EXPECT_TRUE(e.Description().startsWith(QStringLiteral("Unable to set database field \"Joined\" to a new value: ")))
+            << "without the check, the data layer decides";
+    }
+    EXPECT_EQ(rs->EditMode(), adEditNone) << "the edit this save opened is dropped";
+
+    joined->value = Date{40000};
+    bool veto = true;
+    QObject::connect(source, &DataBindingSource::DataSaveToSource, [&](const QString& field, Variant&, bool& cancel) {
+        cancel = veto && field == QLatin1String("Name");
+    });
+    EXPECT_FALSE(source->Save());
+    EXPECT_EQ(rs->Fields()->Item(QStringLiteral("Name"))->Value(), Variant("Ada   "));
+    veto = false;
+    EXPECT_TRUE(source->Save());
+    EXPECT_EQ(rs->Fields()->Item(QStringLiteral("Name"))->Value(), Variant("Changed"));
+}
+
+TEST_F(BindingTest, CancelAfterAddShowsTheNeighbourAndChangeTestsCompareControlsWithFields)
+{
+    auto* name = Add<TextBox>("txtName", "Name");
+    Add<test::FakeDate>("dtpJoined", "Joined");
+    DataBindingSource* source = Source();
+    auto rs = Customers();
+    source->SetRecordset(rs);
+    rs->MoveLast();
+    EXPECT_EQ(name->Text(), "Chloe");
+
+    QList<int> reasons;
+    QObject::connect(source, &DataBindingSource::DataReadFromSource,
+                     [&](const QString&, Variant&, int reason) { reasons << reason; });
+    source->Add();
+    EXPECT_EQ(source->EditMode(), ZqDataAdding);
+    EXPECT_TRUE(reasons.contains(RDR_AddNewData)) << "the new record is shown as new data";
+    EXPECT_EQ(name->Text(), "");
+    name->SetText(QStringLiteral("Dora"));
+    EXPECT_TRUE(source->DataChanged());
+    source->Cancel();
+    EXPECT_EQ(source->EditMode(), ZqDataViewOnly);
+    EXPECT_EQ(rs->RecordCount(), 3) << "the new record is gone";
+    EXPECT_EQ(name->Text(), "Chloe") << "its neighbour is shown";
+
+    EXPECT_FALSE(source->DataChanged());
+    name->SetText(QStringLiteral("Chloé"));
+    EXPECT_TRUE(source->DataChanged());
+    Variant current, original;
+    EXPECT_TRUE(source->DataFieldChanged(QStringLiteral("name"), current, original));
+    EXPECT_EQ(current, Variant("Chloé"));
+    EXPECT_EQ(original, Variant("Chloe"));
+
+    // A NOT NULL text field holding "" and an empty box: no change.
+    source->Edit();
+    name->SetText(QString());
+    EXPECT_TRUE(source->Save());
+    EXPECT_EQ(rs->Fields()->Item(QStringLiteral("Name"))->Value(), Variant(""));
+    EXPECT_FALSE(source->DataFieldChanged(QStringLiteral("Name")));
+    EXPECT_FALSE(source->BoundControlEditable(0, 0)) << "field 0 has no control";
+    EXPECT_TRUE(source->BoundControlEditable(1, 0));
+    name->SetLocked(true);
+    EXPECT_FALSE(source->BoundControlEditable(0, 1));
+    EXPECT_EQ(test::ErrorOf([&] { source->BoundControlEditable(1, 1); }), ObjectErrorBase);
+}
+
+}  // namespace
+}  // namespace korvex
+
+#include "DataBindingSourceTest.moc"

@@ -1,0 +1,55 @@
+// The in-memory string table behind clsLanguage: rows in file order with a cursor, looked up
+// by key the way a recordset's Find does it (forward from the current row, wrapping once,
+// letter case ignored), through hash indexes so that every caption lookup stays cheap.
+#pragma once
+
+#include <QHashFunctions>
+#include <QString>
+
+#include <array>
+#include <unordered_map>
+#include <vector>
+
+namespace korvex {
+
+struct LanguageRow {
+    QString Key;
+    // The text in the loaded language, falling back to English.
+    QString Text;
+    // Text0 to Text4: English, German, French, American, Dutch; each falls back to Text.
+    std::array<QString, 5> Texts;
+};
+
+// std::hash for QString, which this Qt version does not provide.
+struct QStringHasher {
+    std::size_t operator()(const QString& text) const noexcept { return qHash(text); }
+};
+
+class LanguageTable {
+public:
+    // Appends a row at the end; returns true when a row with the same key (ignoring case) was
+    // already there.
+    bool Append(LanguageRow row);
+
+    // Searches forward from the current row, itself included, and once more from the first
+    // row; the row found becomes current, so among duplicate keys the one at or after the
+    // previous lookup wins. Not found leaves the cursor past the end.
+    const LanguageRow* Find(const QString& key);
+
+    void MoveFirst() { mCurrent = 0; }
+    qsizetype RowCount() const { return static_cast<qsizetype>(mRows.size()); }
+
+private:
+    int GroupOf(const QString& key) const;
+
+    std::vector<LanguageRow> mRows;
+    // One group per key ignoring case: its row numbers in ascending order.
+    std::vector<std::vector<int>> mGroups;
+    // Keys as written hit the first index without case folding; other spellings go through
+    // the folded one.
+    std::unordered_map<QString, int, QStringHasher> mExactKeys;
+    std::unordered_map<QString, int, QStringHasher> mFoldedKeys;
+    std::size_t mCurrent = 0;
+};
+
+}  // namespace korvex

@@ -1,45 +1,65 @@
-// The demo application. For now a single window that says what is coming; with
-// --screenshot DIR it renders its window to DIR/main.png and exits, for machines without a
-// display.
-#include "korvex/runtime/Format.h"
+// The Korvex demo: an MDI main form with the library initialised and the demo's forms inside.
+// With --screenshot DIR it renders every open form to DIR/<form name>.png and exits, for
+// machines without a display.
+#include "MainForm.h"
+
+#include "korvex/core/clsPublic.h"
+#include "korvex/core/clsZqUser.h"
+#include "korvex/platform/host/Screen.h"
+#include "korvex/platform/system/SystemInfo.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
-#include <QLabel>
-#include <QVBoxLayout>
-#include <QWidget>
+#include <QMdiSubWindow>
+#include <QTimer>
+
+namespace {
+
+class DemoUser : public korvex::clsZqUser {
+public:
+    using clsZqUser::clsZqUser;
+    QString UserName() const override { return QStringLiteral("Demo User"); }
+    korvex::Variant UserId() const override { return korvex::Variant(QStringLiteral("demo")); }
+};
+
+bool SaveScreenshots(demo::MainForm& main, const QString& dir)
+{
+    QDir().mkpath(dir);
+    bool ok = main.grab().save(QDir(dir).filePath(main.Name() + QStringLiteral(".png")));
+    for (korvex::Form* child : main.Children())
+        ok = child->grab().save(QDir(dir).filePath(child->Name() + QStringLiteral(".png"))) && ok;
+    return ok;
+}
+
+}  // namespace
 
 int main(int argc, char** argv)
 {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Korvex Demo"));
     QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral("The Korvex demo application."));
     parser.addHelpOption();
-    QCommandLineOption screenshot(QStringLiteral("screenshot"), QStringLiteral("Render each window to DIR and exit."),
-                                  QStringLiteral("DIR"));
+    const QCommandLineOption screenshot(QStringLiteral("screenshot"),
+                                        QStringLiteral("Render every open form to DIR and exit."), QStringLiteral("DIR"));
     parser.addOption(screenshot);
     parser.process(app);
 
-    QWidget window;
-    window.setWindowTitle(QStringLiteral("Korvex Demo"));
-    auto* layout = new QVBoxLayout(&window);
-    auto* title = new QLabel(QStringLiteral("<h2>Korvex demo</h2>"));
-    auto* body = new QLabel(QStringLiteral("The demo application is being built. The library's runtime is in place: "
-                                           "today is %1.")
-                                .arg(korvex::Format(korvex::Now(), QStringLiteral("dddd, d mmmm yyyy"))));
-    body->setWordWrap(true);
-    layout->addWidget(title);
-    layout->addWidget(body);
-    window.resize(480, 160);
+    korvex::SystemInfo::Start();
+    demo::MainForm main;
+    DemoUser user;
+    korvex::clsPublic::Global().InitZqControls(&user, korvex::Screen::Instance(), &main);
+    main.Show();
+    main.OpenForm(QStringLiteral("frmWelcome"));
 
     if (parser.isSet(screenshot)) {
-        const QString dir = parser.value(screenshot);
-        QDir().mkpath(dir);
-        window.show();
         QApplication::processEvents();
-        return window.grab().save(QDir(dir).filePath(QStringLiteral("main.png"))) ? 0 : 1;
+        const bool ok = SaveScreenshots(main, parser.value(screenshot));
+        korvex::clsPublic::Global().UninitVyrInvControls();
+        return ok ? 0 : 1;
     }
-    window.show();
-    return QApplication::exec();
+    const int result = QApplication::exec();
+    korvex::clsPublic::Global().UninitVyrInvControls();
+    return result;
 }

@@ -38,6 +38,10 @@ QString StandardErrorDescription(int number)
     case 92: return QStringLiteral("For loop not initialized");
     case 93: return QStringLiteral("Invalid pattern string");
     case 94: return QStringLiteral("Invalid use of Null");
+    case 340: return QStringLiteral("Control array element does not exist");
+    case 343: return QStringLiteral("Object not an array");
+    case 360: return QStringLiteral("Object already loaded");
+    case 362: return QStringLiteral("Can't unload controls created at design time");
     case 380: return QStringLiteral("Invalid property value");
     case 381: return QStringLiteral("Invalid property array index");
     case 382: return QStringLiteral("Set not supported at runtime");

@@ -27,7 +27,8 @@ size_t qHash(const MemberKey& key, size_t seed = 0)
 }
 
 // Property lookup ignoring case, cached per class: controls are asked for the same few names
-// on every record shown.
+// on every record shown. The most derived class's property wins, so a control's "Width" (in
+// twips) hides the widget's own "width" (in pixels) whatever case the caller writes.
 int FindProperty(const QMetaObject* meta, const QString& name)
 {
     thread_local QHash<MemberKey, int> cache;
@@ -35,7 +36,7 @@ int FindProperty(const QMetaObject* meta, const QString& name)
     auto it = cache.constFind(key);
     if (it != cache.cend())
         return *it;
-    int found = meta->indexOfProperty(name.toLatin1().constData());
+    int found = -1;
     for (int i = meta->propertyCount() - 1; found < 0 && i >= 0; --i) {
         if (QString::fromLatin1(meta->property(i).name()).compare(name, Qt::CaseInsensitive) == 0)
             found = i;
@@ -223,7 +224,11 @@ QString TypeNameOf(const QObject* object)
 {
     if (!object)
         return QStringLiteral("Nothing");
-    const QMetaObject* meta = object->metaObject();
+    return TypeNameOfClass(object->metaObject());
+}
+
+QString TypeNameOfClass(const QMetaObject* meta)
+{
     // Only the class's own class info counts: a subclass is a type of its own.
     const int info = meta->indexOfClassInfo("TypeName");
     if (info >= meta->classInfoOffset())

@@ -26,6 +26,7 @@ bool HasMember(QObject* object, const QString& name);
 // The type name the library compares against ("TextBox", "ZqNumber"): the class's
 // "TypeName" class info when it declares one, otherwise its class name without namespace.
 QString TypeNameOf(const QObject* object);
+QString TypeNameOfClass(const QMetaObject* meta);
 
 // The value of an object's default member (class info "DefaultProperty"); what an object
 // stands for where a plain value is expected. Raises 91 for Nothing and 438 when the class

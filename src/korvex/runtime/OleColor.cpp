@@ -39,7 +39,7 @@ OleColor SystemColorRGB(int index)
 OleColor ResolveColor(OleColor color)
 {
     if (IsSystemColor(color))
-        return SystemColorRGB(static_cast<int>(color & 0xFF));
+        return SystemColorRGB(static_cast<int>(color & 0x7FFFFFFFu));
     return color & 0xFFFFFFu;
 }
 

@@ -54,12 +54,14 @@ constexpr int RedOf(OleColor rgb) noexcept { return static_cast<int>(rgb & 0xFF)
 constexpr int GreenOf(OleColor rgb) noexcept { return static_cast<int>((rgb >> 8) & 0xFF); }
 constexpr int BlueOf(OleColor rgb) noexcept { return static_cast<int>((rgb >> 16) & 0xFF); }
 
-// Installs the lookup from system-colour index (the low byte) to RGB; an empty function puts
+// Installs the lookup from system-colour index (the colour less its top bit) to RGB; an empty
+// function puts
 // the fixed defaults back.
 using SystemColorLookup = std::function<OleColor(int index)>;
 void SetSystemColorLookup(SystemColorLookup lookup);
 
-// The RGB value of a system-colour index, through the installed lookup.
+// The RGB value of a system-colour index, through the installed lookup; 0 for an index the
+// system does not have.
 OleColor SystemColorRGB(int index);
 // RGB for either kind of colour; an RGB colour comes back with its top byte cleared.
 OleColor ResolveColor(OleColor color);

@@ -1,0 +1,390 @@
+// Control: extender properties in twips and the translation of Qt events into the host's
+// event shapes (key codes, KeyAscii in the Windows code page, shift masks, twips positions).
+#include "korvex/platform/host/Control.h"
+
+#include "korvex/platform/host/Form.h"
+#include "korvex/platform/host/UserControl.h"
+#include "korvex/runtime/Error.h"
+#include "korvex/runtime/LateBinding.h"
+#include "korvex/runtime/Twips.h"
+#include "korvex/runtime/Windows1252.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QTimer>
+
+namespace korvex {
+namespace {
+
+quint64 NextCreationOrder()
+{
+    static quint64 next = 0;
+    return ++next;
+}
+
+short ButtonsOf(Qt::MouseButtons buttons)
+{
+    short b = 0;
+    if (buttons & Qt::LeftButton)
+        b |= vbLeftButton;
+    if (buttons & Qt::RightButton)
+        b |= vbRightButton;
+    if (buttons & Qt::MiddleButton)
+        b |= vbMiddleButton;
+    return b;
+}
+
+}  // namespace
+
+short ShiftOf(Qt::KeyboardModifiers modifiers)
+{
+    short s = 0;
+    if (modifiers & Qt::ShiftModifier)
+        s |= vbShiftMask;
+    if (modifiers & Qt::ControlModifier)
+        s |= vbCtrlMask;
+    if (modifiers & Qt::AltModifier)
+        s |= vbAltMask;
+    return s;
+}
+
+short VirtualKeyOf(int key, Qt::KeyboardModifiers modifiers)
+{
+    if (modifiers & Qt::KeypadModifier && key >= Qt::Key_0 && key <= Qt::Key_9)
+        return static_cast<short>(96 + key - Qt::Key_0);
+    if (key >= Qt::Key_A && key <= Qt::Key_Z)
+        return static_cast<short>(key);
+    if (key >= Qt::Key_0 && key <= Qt::Key_9)
+        return static_cast<short>(key);
+    if (key >= Qt::Key_F1 && key <= Qt::Key_F24)
+        return static_cast<short>(112 + key - Qt::Key_F1);
+    switch (key) {
+    case Qt::Key_Backspace: return 8;
+    case Qt::Key_Tab:
+    case Qt::Key_Backtab: return 9;
+    case Qt::Key_Return:
+    case Qt::Key_Enter: return 13;
+    case Qt::Key_Shift: return 16;
+    case Qt::Key_Control: return 17;
+    case Qt::Key_Alt: return 18;
+    case Qt::Key_Pause: return 19;
+    case Qt::Key_CapsLock: return 20;
+    case Qt::Key_Escape: return 27;
+    case Qt::Key_Space: return 32;
+    case Qt::Key_PageUp: return 33;
+    case Qt::Key_PageDown: return 34;
+    case Qt::Key_End: return 35;
+    case Qt::Key_Home: return 36;
+    case Qt::Key_Left: return 37;
+    case Qt::Key_Up: return 38;
+    case Qt::Key_Right: return 39;
+    case Qt::Key_Down: return 40;
+    case Qt::Key_Insert: return 45;
+    case Qt::Key_Delete: return 46;
+    case Qt::Key_Asterisk: return 106;
+    case Qt::Key_Plus: return 107;
+    case Qt::Key_Minus: return 189;
+    case Qt::Key_Period: return 190;
+    case Qt::Key_Comma: return 188;
+    case Qt::Key_Slash: return 191;
+    case Qt::Key_Semicolon: return 186;
+    case Qt::Key_Equal: return 187;
+    default: return 0;
+    }
+}
+
+int QtKeyOf(short vk)
+{
+    if ((vk >= 65 && vk <= 90) || (vk >= 48 && vk <= 57))
+        return vk;
+    if (vk >= 96 && vk <= 105)
+        return Qt::Key_0 + vk - 96;
+    if (vk >= 112 && vk <= 135)
+        return Qt::Key_F1 + vk - 112;
+    switch (vk) {
+    case 8: return Qt::Key_Backspace;
+    case 9: return Qt::Key_Tab;
+    case 13: return Qt::Key_Return;
+    case 16: return Qt::Key_Shift;
+    case 17: return Qt::Key_Control;
+    case 18: return Qt::Key_Alt;
+    case 27: return Qt::Key_Escape;
+    case 32: return Qt::Key_Space;
+    case 33: return Qt::Key_PageUp;
+    case 34: return Qt::Key_PageDown;
+    case 35: return Qt::Key_End;
+    case 36: return Qt::Key_Home;
+    case 37: return Qt::Key_Left;
+    case 38: return Qt::Key_Up;
+    case 39: return Qt::Key_Right;
+    case 40: return Qt::Key_Down;
+    case 45: return Qt::Key_Insert;
+    case 46: return Qt::Key_Delete;
+    case 106: return Qt::Key_Asterisk;
+    case 107: return Qt::Key_Plus;
+    case 189: return Qt::Key_Minus;
+    case 190: return Qt::Key_Period;
+    case 188: return Qt::Key_Comma;
+    default: return 0;
+    }
+}
+
+Control::Control(QWidget* parent) : QWidget(parent), mCreationOrder(NextCreationOrder()) {}
+
+Control::~Control() = default;
+
+void Control::SetName(const QString& name)
+{
+    mName = name;
+    setObjectName(name);
+}
+
+QObject* Control::ParentObject() const
+{
+    for (QWidget* w = parentWidget(); w; w = w->parentWidget()) {
+        if (qobject_cast<Form*>(w) || qobject_cast<UserControl*>(w))
+            return w;
+    }
+    return nullptr;
+}
+
+QObject* Control::ContainerObject() const
+{
+    for (QWidget* w = parentWidget(); w; w = w->parentWidget()) {
+        if (qobject_cast<Form*>(w) || qobject_cast<Control*>(w))
+            return w;
+    }
+    return nullptr;
+}
+
+Form* Control::ParentForm() const
+{
+    for (QWidget* w = parentWidget(); w; w = w->parentWidget()) {
+        if (auto* form = qobject_cast<Form*>(w))
+            return form;
+    }
+    return nullptr;
+}
+
+int Control::Left() const { return PixelsToTwipsX(x()); }
+int Control::Top() const { return PixelsToTwipsY(y()); }
+int Control::Width() const { return PixelsToTwipsX(width()); }
+int Control::Height() const { return PixelsToTwipsY(height()); }
+void Control::SetLeft(int twips)
+{
+    move(TwipsToPixelsX(twips), y());
+    GeometryChanged();
+}
+
+void Control::SetTop(int twips)
+{
+    move(x(), TwipsToPixelsY(twips));
+    GeometryChanged();
+}
+
+void Control::SetWidth(int twips)
+{
+    if (twips < 0)
+        Raise(vbErrInvalidPropertyValue, mName + QStringLiteral(".Width"));
+    resize(TwipsToPixelsX(twips), height());
+    GeometryChanged();
+}
+
+void Control::SetHeight(int twips)
+{
+    if (twips < 0)
+        Raise(vbErrInvalidPropertyValue, mName + QStringLiteral(".Height"));
+    resize(width(), TwipsToPixelsY(twips));
+    GeometryChanged();
+}
+
+void Control::Move(int left, int top, int width, int height)
+{
+    if ((width < 0 && width != -1) || (height < 0 && height != -1))
+        Raise(vbErrInvalidPropertyValue, mName + QStringLiteral(".Move"));
+    move(TwipsToPixelsX(left), top == -1 ? y() : TwipsToPixelsY(top));
+    resize(width == -1 ? this->width() : TwipsToPixelsX(width), height == -1 ? this->height() : TwipsToPixelsY(height));
+    GeometryChanged();
+}
+
+void Control::SetEnabled(bool enabled)
+{
+    setEnabled(enabled);
+}
+
+void Control::SetTabStop(bool tabStop)
+{
+    mTabStop = tabStop;
+    if (mInput && mInput->focusPolicy() != Qt::NoFocus)
+        mInput->setFocusPolicy(tabStop ? Qt::StrongFocus : Qt::ClickFocus);
+}
+
+void Control::SetFocus()
+{
+    QWidget* target = mInput ? mInput.data() : this;
+    target->setFocus(Qt::OtherFocusReason);
+}
+
+void Control::Refresh()
+{
+    update();
+    if (mInput && mInput != this)
+        mInput->update();
+}
+
+void Control::ZOrder(int position)
+{
+    if (position == 0)
+        raise();
+    else
+        lower();
+}
+
+QString Control::TypeName() const
+{
+    return TypeNameOf(this);
+}
+
+void Control::SetInputWidget(QWidget* widget)
+{
+    if (mInput)
+        mInput->removeEventFilter(this);
+    mInput = widget;
+    if (!widget)
+        return;
+    widget->installEventFilter(this);
+    if (widget != this) {
+        setFocusProxy(widget);
+        if (widget->focusPolicy() != Qt::NoFocus)
+            widget->setFocusPolicy(mTabStop ? Qt::StrongFocus : Qt::ClickFocus);
+    }
+}
+
+void Control::ReadProperties(PropertyBag&) {}
+
+void Control::WriteProperties(PropertyBag&) {}
+
+bool Control::RunValidate()
+{
+    bool cancel = false;
+    emit Validate(cancel);
+    return !cancel;
+}
+
+bool Control::TranslateKeyPress(QKeyEvent* event)
+{
+    short keyCode = VirtualKeyOf(event->key(), event->modifiers());
+    short shift = ShiftOf(event->modifiers());
+    const short originalCode = keyCode;
+    emit KeyDown(keyCode, shift);
+    const QString text = event->text();
+    const bool tab = event->key() == Qt::Key_Tab || event->key() == Qt::Key_Backtab;
+    if (text.isEmpty() || tab)
+        return keyCode == 0 && originalCode != 0;  // a handler that zeroes a key code swallows the key
+
+    // KeyAscii is the character in the Windows code page; characters outside it pass unseen.
+    const QChar ch = text[0];
+    short ascii = 0;
+    if (ch.unicode() < 32) {
+        ascii = static_cast<short>(ch.unicode());
+    } else {
+        const QByteArray bytes = ToWindows1252(QString(ch));
+        if (bytes == "?" && ch != QLatin1Char('?'))
+            return false;
+        ascii = static_cast<short>(static_cast<unsigned char>(bytes[0]));
+    }
+    const short originalAscii = ascii;
+    emit KeyPress(ascii);
+    if (ascii == 0)
+        return true;
+    if (ascii == originalAscii)
+        return false;
+    // The handler changed the character: type the new one instead.
+    const QString newText = ascii < 32 ? QString(QChar(ascii)) : FromWindows1252(QByteArray(1, static_cast<char>(ascii)));
+    const char16_t upper = newText[0].toUpper().unicode();
+    int newKey = upper < 128 ? static_cast<int>(upper) : static_cast<int>(Qt::Key_unknown);
+    if (ascii == 13)
+        newKey = Qt::Key_Return;
+    else if (ascii == 8)
+        newKey = Qt::Key_Backspace;
+    QKeyEvent retyped(QEvent::KeyPress, newKey, event->modifiers() & ~Qt::ShiftModifier, newText);
+    mRetyping = true;
+    QCoreApplication::sendEvent(mInput, &retyped);
+    mRetyping = false;
+    return true;
+}
+
+void Control::RaiseMouse(QEvent::Type type, QMouseEvent* event)
+{
+    short button = type == QEvent::MouseMove ? ButtonsOf(event->buttons()) : ButtonsOf(event->button());
+    short shift = ShiftOf(event->modifiers());
+    float x = static_cast<float>(event->position().x() * TwipsPerPixelX());
+    float y = static_cast<float>(event->position().y() * TwipsPerPixelY());
+    switch (type) {
+    case QEvent::MouseButtonPress: emit MouseDown(button, shift, x, y); break;
+    case QEvent::MouseMove: emit MouseMove(button, shift, x, y); break;
+    default: emit MouseUp(button, shift, x, y); break;
+    }
+}
+
+bool Control::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched != mInput || mRetyping)
+        return QWidget::eventFilter(watched, event);
+    switch (event->type()) {
+    case QEvent::KeyPress:
+        return TranslateKeyPress(static_cast<QKeyEvent*>(event));
+    case QEvent::KeyRelease: {
+        auto* key = static_cast<QKeyEvent*>(event);
+        short keyCode = VirtualKeyOf(key->key(), key->modifiers());
+        short shift = ShiftOf(key->modifiers());
+        emit KeyUp(keyCode, shift);
+        break;
+    }
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseMove:
+        RaiseMouse(event->type(), static_cast<QMouseEvent*>(event));
+        break;
+    case QEvent::MouseButtonRelease: {
+        auto* mouse = static_cast<QMouseEvent*>(event);
+        RaiseMouse(event->type(), mouse);
+        if (ClickOnMouseUp() && mouse->button() == Qt::LeftButton && mInput->rect().contains(mouse->position().toPoint()))
+            emit Click();
+        break;
+    }
+    case QEvent::MouseButtonDblClick:
+        emit DblClick();
+        break;
+    case QEvent::FocusIn:
+        emit GotFocus();
+        break;
+    case QEvent::FocusOut: {
+        const auto reason = static_cast<QFocusEvent*>(event)->reason();
+        if (reason == Qt::ActiveWindowFocusReason || reason == Qt::PopupFocusReason)
+            break;
+        QWidget* next = QApplication::focusWidget();
+        if (next && isAncestorOf(next))
+            break;
+        // The control taking the focus decides whether this one is validated first.
+        Control* nextControl = nullptr;
+        for (QWidget* w = next; w && !nextControl; w = w->parentWidget())
+            nextControl = qobject_cast<Control*>(w);
+        if ((!nextControl || nextControl->CausesValidation()) && !RunValidate()) {
+            QPointer<QWidget> input = mInput;
+            QTimer::singleShot(0, this, [input] {
+                if (input)
+                    input->setFocus(Qt::OtherFocusReason);
+            });
+            break;
+        }
+        emit LostFocus();
+        break;
+    }
+    default:
+        break;
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+}  // namespace korvex

@@ -1,0 +1,53 @@
+// The standard label: a caption with alignment, word wrap, auto-size and back style.
+#pragma once
+
+#include "korvex/platform/host/StandardControl.h"
+
+class QLabel;
+
+namespace korvex {
+
+class Label : public StandardControl {
+    Q_OBJECT
+    Q_CLASSINFO("DefaultProperty", "Caption")
+    Q_PROPERTY(QString Caption READ Caption WRITE SetCaption)
+    Q_PROPERTY(short Alignment READ Alignment WRITE SetAlignment)
+    Q_PROPERTY(bool AutoSize READ AutoSize WRITE SetAutoSize)
+    Q_PROPERTY(bool WordWrap READ WordWrap WRITE SetWordWrap)
+    Q_PROPERTY(short BackStyle READ BackStyle WRITE SetBackStyle)
+    Q_PROPERTY(short BorderStyle READ BorderStyle WRITE SetBorderStyle)
+
+public:
+    explicit Label(QWidget* parent = nullptr);
+
+    QString Caption() const;
+    void SetCaption(const QString& caption);
+    short Alignment() const noexcept { return mAlignment; }
+    void SetAlignment(short alignment);
+    bool AutoSize() const noexcept { return mAutoSize; }
+    void SetAutoSize(bool autoSize);
+    bool WordWrap() const;
+    void SetWordWrap(bool wrap);
+    short BackStyle() const noexcept { return mBackStyle; }
+    void SetBackStyle(short style);
+    short BorderStyle() const noexcept { return mBorderStyle; }
+    void SetBorderStyle(short style);
+
+    void InitProperties() override { SetCaption(Name()); }
+    void ReadProperties(PropertyBag& bag) override;
+    void WriteProperties(PropertyBag& bag) override;
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    void FitToCaption();
+
+    QLabel* mLabel;
+    short mAlignment = 0;
+    bool mAutoSize = false;
+    short mBackStyle = 1;
+    short mBorderStyle = 0;
+};
+
+}  // namespace korvex

@@ -1,0 +1,52 @@
+// What the host's standard controls share: back and fore colours, a font of their own (a copy
+// of the form's to begin with), the DataField a binding reads, and their persistence.
+#pragma once
+
+#include "korvex/platform/host/Control.h"
+#include "korvex/runtime/StdFont.h"
+
+namespace korvex {
+
+class StandardControl : public Control {
+    Q_OBJECT
+    Q_PROPERTY(uint BackColor READ BackColor WRITE SetBackColor)
+    Q_PROPERTY(uint ForeColor READ ForeColor WRITE SetForeColor)
+    Q_PROPERTY(QObject* Font READ FontObject WRITE SetFontObject)
+    Q_PROPERTY(QString DataField READ DataField WRITE SetDataField)
+    Q_PROPERTY(int MousePointer READ MousePointer WRITE SetMousePointer)
+
+public:
+    explicit StandardControl(QWidget* parent, OleColor backColor, OleColor foreColor);
+
+    OleColor BackColor() const noexcept { return mBackColor; }
+    void SetBackColor(OleColor color);
+    OleColor ForeColor() const noexcept { return mForeColor; }
+    void SetForeColor(OleColor color);
+    StdFont* Font() const noexcept { return mFont; }
+    QObject* FontObject() const { return mFont; }
+    // Copies the given font's attributes (the control keeps its own font object).
+    void SetFontObject(QObject* font);
+    const QString& DataField() const noexcept { return mDataField; }
+    void SetDataField(const QString& field) { mDataField = field; }
+    int MousePointer() const noexcept { return mMousePointer; }
+    void SetMousePointer(int pointer);
+
+    void ReadProperties(PropertyBag& bag) override;
+    void WriteProperties(PropertyBag& bag) override;
+
+protected:
+    // Where colours and font are shown: the inner widget, or the control itself.
+    virtual QWidget* StyledWidget() { return InputWidget() ? InputWidget() : this; }
+    void ApplyStyle();
+
+private:
+    OleColor mBackColor;
+    OleColor mForeColor;
+    const OleColor mDefaultBackColor;
+    const OleColor mDefaultForeColor;
+    StdFont* mFont;
+    QString mDataField;
+    int mMousePointer = 0;
+};
+
+}  // namespace korvex

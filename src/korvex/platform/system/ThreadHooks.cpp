@@ -1,0 +1,92 @@
+// The hooks as an application event filter, installed only while an owner holds them.
+#include "korvex/platform/system/ThreadHooks.h"
+
+#include <QCoreApplication>
+#include <QPointer>
+
+#include <exception>
+
+namespace korvex {
+namespace {
+
+class HookFilter : public QObject {
+public:
+    QPointer<QObject> owner;
+    ThreadHooks::MouseProc mouse;
+    ThreadHooks::KeyboardProc keyboard;
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (!owner || !watched->isWidgetType())
+            return false;
+        auto* widget = static_cast<QWidget*>(watched);
+        // A propagated event reaches the filter again at each parent; the hook sees it once.
+        // (The same address may also be reused by the next event, so only an arrival at an
+        // ancestor of the last receiver counts as propagation.)
+        if (event == mLastEvent && mLastTarget && widget != mLastTarget && widget->isAncestorOf(mLastTarget))
+            return false;
+        try {
+            switch (event->type()) {
+            case QEvent::MouseButtonPress:
+            case QEvent::MouseButtonDblClick:
+            case QEvent::NonClientAreaMouseButtonPress:
+                mLastEvent = event;
+                mLastTarget = widget;
+                return mouse && mouse(widget, static_cast<QMouseEvent*>(event));
+            case QEvent::KeyPress:
+                mLastEvent = event;
+                mLastTarget = widget;
+                return keyboard && keyboard(widget, static_cast<QKeyEvent*>(event));
+            default:
+                return false;
+            }
+        } catch (const std::exception&) {
+            // No error may leave a hook call: the event goes on as if unhooked.
+            return false;
+        }
+    }
+
+private:
+    const QEvent* mLastEvent = nullptr;
+    QPointer<QWidget> mLastTarget;
+};
+
+HookFilter*& Filter()
+{
+    thread_local HookFilter* filter = nullptr;
+    return filter;
+}
+
+}  // namespace
+
+void ThreadHooks::Install(QObject* owner, MouseProc mouse, KeyboardProc keyboard)
+{
+    Remove();
+    auto* filter = new HookFilter;
+    filter->owner = owner;
+    filter->mouse = std::move(mouse);
+    filter->keyboard = std::move(keyboard);
+    QCoreApplication::instance()->installEventFilter(filter);
+    Filter() = filter;
+}
+
+void ThreadHooks::Remove()
+{
+    HookFilter*& filter = Filter();
+    if (!filter)
+        return;
+    if (QCoreApplication::instance())
+        QCoreApplication::instance()->removeEventFilter(filter);
+    // Removal may happen inside the filter's own call: delete once control has left it.
+    filter->owner = nullptr;
+    filter->deleteLater();
+    filter = nullptr;
+}
+
+QObject* ThreadHooks::Owner()
+{
+    HookFilter* filter = Filter();
+    return filter ? filter->owner.data() : nullptr;
+}
+
+}  // namespace korvex

@@ -1,0 +1,146 @@
+// Controls as the host sees them: extender properties in twips, Parent and Container, the
+// Controls collection in creation order, key events whose by-reference arguments change what
+// is typed, Validate keeping the focus, and control arrays.
+#include "korvex/platform/host/CheckBox.h"
+#include "korvex/platform/host/Form.h"
+#include "korvex/platform/host/FormFile.h"
+#include "korvex/platform/host/Frame.h"
+#include "korvex/platform/host/TextBox.h"
+#include "korvex/platform/host/UserControl.h"
+#include "korvex/runtime/Error.h"
+#include "korvex/runtime/LateBinding.h"
+#include "tests/support/PinnedSettings.h"
+#include "tests/support/Printers.h"
+
+#include <QLineEdit>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace korvex {
+namespace {
+
+TEST(HostControls, ExtenderParentContainerAndCollectionOrder)
+{
+    test::PinnedSettings pin(RegionalSettings::EnglishUS(), 15, 10);
+    Form form;
+    form.SetName(QStringLiteral("frmTest"));
+    auto* frame = new Frame(form.Client());
+    frame->SetName(QStringLiteral("fraOuter"));
+    auto* first = new TextBox(form.Client());
+    first->SetName(QStringLiteral("txtFirst"));
+    auto* inFrame = new TextBox(frame->ContainerWidget());
+    inFrame->SetName(QStringLiteral("txtInFrame"));
+
+    inFrame->Move(150, 100, 1500, 300);
+    EXPECT_EQ(inFrame->geometry(), QRect(10, 10, 100, 30)) << "twips to pixels with separate ratios";
+    EXPECT_EQ(inFrame->Left(), 150);
+    EXPECT_EQ(GetProperty(inFrame, QStringLiteral("height")), Variant(300)) << "the twips property wins over QWidget's";
+
+    EXPECT_EQ(inFrame->ParentObject(), &form) << "a control in a frame still has the form as Parent";
+    EXPECT_EQ(inFrame->ContainerObject(), frame);
+    EXPECT_EQ(first->ContainerObject(), &form);
+    QStringList names;
+    for (Control* c : form.Controls())
+        names << c->Name();
+    EXPECT_EQ(names, (QStringList{"fraOuter", "txtFirst", "txtInFrame"})) << "creation order, nested included";
+    EXPECT_EQ(form.FindControl(QStringLiteral("TXTINFRAME")), inFrame) << "names match ignoring case";
+}
+
+TEST(HostControls, KeyAsciiChangedOrZeroedByTheHandlerChangesWhatIsTyped)
+{
+    Form form;
+    auto* box = new TextBox(form.Client());
+    form.show();
+    QList<short> seen;
+    QObject::connect(box, &Control::KeyPress, [&](short& keyAscii) {
+        seen << keyAscii;
+        if (keyAscii == 'x')
+            keyAscii = 0;  // swallow
+        else if (keyAscii >= 'a' && keyAscii <= 'z')
+            keyAscii = static_cast<short>(keyAscii - 32);  // upper case
+    });
+    QSignalSpy changes(box, &TextBox::Change);
+    QTest::keyClicks(box->LineEdit(), QStringLiteral("axb1"));
+    EXPECT_EQ(box->Text(), "AB1");
+    EXPECT_EQ(seen, (QList<short>{'a', 'x', 'b', '1'}));
+    EXPECT_EQ(changes.count(), 3) << "a swallowed key changes nothing";
+
+    short lastKeyDown = -1, lastShift = -1;
+    QObject::connect(box, &Control::KeyDown, [&](short& code, short& shift) {
+        lastKeyDown = code;
+        lastShift = shift;
+    });
+    QTest::keyClick(box->LineEdit(), Qt::Key_Delete, Qt::ShiftModifier);
+    EXPECT_EQ(lastKeyDown, 46);
+    EXPECT_EQ(lastShift, vbShiftMask);
+    QTest::keyClick(box->LineEdit(), Qt::Key_F2);
+    EXPECT_EQ(lastKeyDown, 113);
+}
+
+TEST(HostControls, ValidateCancelKeepsTheFocusAndValidateControlsReportsIt)
+{
+    Form form;
+    auto* guarded = new TextBox(form.Client());
+    auto* other = new TextBox(form.Client());
+    other->move(0, 40);
+    form.show();
+    QApplication::setActiveWindow(&form);
+    bool refuse = true;
+    int validations = 0;
+    QObject::connect(guarded, &Control::Validate, [&](bool& cancel) {
+        ++validations;
+        cancel = refuse;
+    });
+    guarded->SetFocus();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return guarded->LineEdit()->hasFocus(); }, 1000));
+    EXPECT_THROW(form.ValidateControls(), Error) << "the active control refuses";
+    other->SetFocus();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return guarded->LineEdit()->hasFocus(); }, 1000)) << "the focus comes back";
+    EXPECT_GE(validations, 2);
+
+    other->SetCausesValidation(false);
+    const int before = validations;
+    other->SetFocus();
+    QTest::qWait(20);
+    EXPECT_EQ(validations, before) << "a control that causes no validation takes the focus freely";
+    refuse = false;
+    guarded->SetFocus();
+    EXPECT_NO_THROW(form.ValidateControls());
+}
+
+TEST(HostControls, ControlArraysLoadCopiesAndUnloadOnlyRunTimeElements)
+{
+    Form form;
+    auto* first = new CheckBox(form.Client());
+    first->SetName(QStringLiteral("chkOption"));
+    first->SetIndex(0);
+    first->SetCaption(QStringLiteral("Option"));
+    first->Move(120, 240, 1200, 300);
+
+    Control* second = LoadControlArrayElement(first, 1);
+    EXPECT_EQ(TypeNameOf(second), "CheckBox");
+    EXPECT_EQ(GetProperty(second, QStringLiteral("Caption")), Variant("Option")) << "design properties are copied";
+    EXPECT_EQ(second->Top(), 240);
+    EXPECT_FALSE(second->Visible()) << "a loaded element starts hidden";
+    EXPECT_EQ(form.ControlArray(QStringLiteral("chkOption")).size(), 2);
+
+    auto errorOf = [](auto&& call) {
+        try {
+            call();
+        } catch (const Error& e) {
+            return e.Number();
+        }
+        return 0;
+    };
+    EXPECT_EQ(errorOf([&] { LoadControlArrayElement(first, 1); }), 360) << "index already loaded";
+    EXPECT_EQ(errorOf([&] { UnloadControlArrayElement(first); }), 362) << "design-time elements stay";
+    auto* single = new TextBox(form.Client());
+    EXPECT_EQ(errorOf([&] { LoadControlArrayElement(single, 1); }), 343) << "not an array";
+    UnloadControlArrayElement(second);
+    EXPECT_EQ(form.ControlArray(QStringLiteral("chkOption")).size(), 1);
+}
+
+}  // namespace
+}  // namespace korvex

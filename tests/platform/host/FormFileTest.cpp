@@ -1,0 +1,168 @@
+// Form files: a save keeps only what differs from the defaults, a load then save gives the same
+// bytes, the control frame's calls come in their order, and a broken file fails with an error
+// that names the file, the control and the property, leaving nothing behind.
+#include "korvex/platform/host/ControlRegistry.h"
+#include "korvex/platform/host/FormFile.h"
+#include "korvex/platform/host/Frame.h"
+#include "korvex/platform/host/Label.h"
+#include "korvex/platform/host/Line.h"
+#include "korvex/platform/host/TextBox.h"
+#include "korvex/platform/host/UserControl.h"
+#include "korvex/runtime/Conversions.h"
+#include "korvex/runtime/Error.h"
+#include "tests/support/PinnedSettings.h"
+#include "tests/support/Printers.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace korvex {
+namespace {
+
+// A user control that records the frame's calls and persists two properties.
+class Gauge : public UserControl {
+    Q_OBJECT
+public:
+    using UserControl::UserControl;
+    void InitProperties() override
+    {
+        calls << "InitProperties";
+        caption = Name();
+    }
+    void ReadProperties(PropertyBag& bag) override
+    {
+        calls << QStringLiteral("ReadProperties UserMode=%1").arg(UserMode());
+        caption = CStr(bag.ReadProperty(QStringLiteral("Caption"), QStringLiteral("Gauge")));
+        level = CInt(bag.ReadProperty(QStringLiteral("Level"), 50));
+        font.CopyFrom(*qobject_cast<StdFont*>(bag.ReadProperty(QStringLiteral("Font"), Variant(Ambient()->Font())).Object()));
+    }
+    void WriteProperties(PropertyBag& bag) override
+    {
+        bag.WriteProperty(QStringLiteral("Caption"), caption, QStringLiteral("Gauge"));
+        bag.WriteProperty(QStringLiteral("Level"), level, std::int16_t{50});
+        bag.WriteProperty(QStringLiteral("Font"), Variant(&font), Variant(Ambient()->Font()));
+    }
+    void Resize() override { calls << "Resize"; }
+
+    QStringList calls;
+    QString caption;
+    short level = 50;
+    StdFont font;
+};
+KORVEX_REGISTER_CONTROL(Gauge);
+
+std::unique_ptr<Form> SampleForm()
+{
+    auto form = std::make_unique<Form>();
+    form->SetName(QStringLiteral("frmSample"));
+    form->SetCaption(QStringLiteral("Sample"));
+    form->Font()->SetName(QStringLiteral("Tahoma"));
+    form->SetWidth(6000);
+    form->SetHeight(4000);
+    auto* frame = FormFile::AddNewControl(*form, QStringLiteral("Frame"), QStringLiteral("fraDetails"));
+    frame->Move(120, 120, 4000, 2000);
+    auto* name = static_cast<TextBox*>(
+        FormFile::AddNewControl(*form, QStringLiteral("TextBox"), QStringLiteral("txtName"), frame->ContainerWidget()));
+    name->SetText(QStringLiteral("O'Neil; DROP TABLE"));
+    name->SetMaxLength(30);
+    name->SetDataField(QStringLiteral("Name"));
+    name->Move(240, 360, 2400, 300);
+    auto* gauge = static_cast<Gauge*>(FormFile::AddNewControl(*form, QStringLiteral("Gauge"), QStringLiteral("gauLevel")));
+    gauge->level = 75;
+    gauge->font.CopyFrom(*form->Font());
+    gauge->font.SetBold(true);
+    auto* line = static_cast<Line*>(FormFile::AddNewControl(*form, QStringLiteral("Line"), QStringLiteral("linRule")));
+    line->SetPoints(0, 2400, 4000, 2400);
+    return form;
+}
+
+TEST(FormFile, SaveKeepsOnlyNonDefaultsAndRoundTripsByteForByte)
+{
+    test::PinnedSettings pin;
+    auto form = SampleForm();
+    const QByteArray saved = FormFile::ToJson(*form);
+    const QJsonObject root = QJsonDocument::fromJson(saved).object();
+    const QJsonObject frame = root[QStringLiteral("Controls")][0].toObject();
+    const QJsonObject textProps = frame[QStringLiteral("Controls")][0][QStringLiteral("Properties")].toObject();
+    EXPECT_EQ(textProps.keys(), (QStringList{"DataField", "MaxLength", "Text"})) << "defaults are not stored";
+    const QJsonObject gaugeProps = root[QStringLiteral("Controls")][1][QStringLiteral("Properties")].toObject();
+    EXPECT_EQ(gaugeProps.keys(), (QStringList{"Caption", "Font", "Level"}))
+        << "the caption set by InitProperties differs from the read default, so it is kept";
+    EXPECT_FALSE(root[QStringLiteral("Controls")][2].toObject().contains(QStringLiteral("Extender")) &&
+                 root[QStringLiteral("Controls")][2][QStringLiteral("Extender")].toObject().contains(QStringLiteral("Left")))
+        << "a line keeps its end points, not a position";
+
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("frmSample.json"));
+    FormFile::Save(*form, path);
+    auto loaded = FormFile::Load(path);
+    EXPECT_EQ(FormFile::ToJson(*loaded), saved);
+    auto* gauge = qobject_cast<Gauge*>(loaded->FindControl(QStringLiteral("gauLevel")));
+    ASSERT_NE(gauge, nullptr);
+    EXPECT_EQ(gauge->level, 75);
+    EXPECT_TRUE(gauge->font.Bold());
+    EXPECT_EQ(gauge->calls, (QStringList{"ReadProperties UserMode=1", "Resize"}))
+        << "a loaded control gets ReadProperties, then its size";
+    auto* name = qobject_cast<TextBox*>(loaded->FindControl(QStringLiteral("txtName")));
+    ASSERT_NE(name, nullptr);
+    EXPECT_EQ(name->Text(), "O'Neil; DROP TABLE");
+    EXPECT_EQ(name->ContainerObject(), loaded->FindControl(QStringLiteral("fraDetails")));
+}
+
+TEST(FormFile, DesignModeLoadsWithUserModeFalse)
+{
+    auto form = SampleForm();
+    auto designed = FormFile::FromJson(FormFile::ToJson(*form), QStringLiteral("sample"), true);
+    auto* gauge = qobject_cast<Gauge*>(designed->FindControl(QStringLiteral("gauLevel")));
+    ASSERT_NE(gauge, nullptr);
+    EXPECT_EQ(gauge->calls.value(0), "ReadProperties UserMode=0");
+    EXPECT_FALSE(designed->Modified());
+    gauge->PropertyChanged(QStringLiteral("Level"));
+    EXPECT_TRUE(designed->Modified()) << "a property change marks the form under design as modified";
+}
+
+TEST(FormFile, BrokenFilesNameTheFileControlAndPropertyAndLeaveNothing)
+{
+    struct Row {
+        const char* json;
+        const char* mustMention;
+    };
+    const Row rows[] = {
+        {"{ \"Type\": \"Form\", ", "not valid JSON"},
+        {"[]", "top level"},
+        {R"({"Type":"Dialog","Name":"f"})", "unknown type 'Dialog'"},
+        {R"({"Type":"Form","Name":"f","Controls":[{"Type":"Gizmo","Name":"gizA"}]})", "control 'gizA' has the unknown type 'Gizmo'"},
+        {R"({"Type":"Form","Name":"f","Controls":[{"Type":"TextBox","Name":"txtA","Properties":{"MaxLength":"many"}}]})",
+         "control 'txtA' (TextBox): property 'MaxLength'"},
+        {R"({"Type":"Form","Name":"f","Controls":[{"Type":"TextBox","Name":"txtA","Extender":{"Width":"wide"}}]})",
+         "control 'txtA' (TextBox): property 'Width'"},
+        {R"({"Type":"Form","Name":"f","Controls":[{"Type":"Frame","Name":"fra","Controls":[{"Type":"Label","Name":"lbl","Properties":{"Alignment":7}}]}]})",
+         "control 'lbl' (Label): property 'Alignment': Invalid property value"},
+        {R"({"Type":"Form","Name":"f","Controls":[{"Type":"Label","Name":"lbl","Controls":[]}]})", "cannot hold controls"},
+        {R"({"Type":"Form","Name":"f","Properties":{"Width":"wide"}})", "the form: property 'Width'"},
+        {R"({"Type":"Form","Name":"f","Controls":[{"Type":"TextBox","Name":"txtA","Extender":{"Height":-30}}]})",
+         "control 'txtA' (TextBox): property 'Height': Invalid property value"},
+        {R"({"Type":"Form","Name":"f","Controls":[{"Type":"TextBox","Name":"t","Index":-1}]})", "\"Index\""},
+    };
+    const qsizetype formsBefore = Form::Forms().size();
+    for (const Row& r : rows) {
+        try {
+            FormFile::FromJson(QByteArray(r.json), QStringLiteral("broken.json"));
+            ADD_FAILURE() << "loaded: " << r.json;
+        } catch (const Error& e) {
+            EXPECT_EQ(e.Number(), FormFileLoadError);
+            EXPECT_TRUE(e.Description().startsWith(QStringLiteral("Form file 'broken.json': "))) << e.what();
+            EXPECT_TRUE(e.Description().contains(QString::fromUtf8(r.mustMention))) << e.what();
+        }
+        EXPECT_EQ(Form::Forms().size(), formsBefore) << "nothing half-loaded remains after " << r.json;
+    }
+    EXPECT_THROW(FormFile::Load(QStringLiteral("/nonexistent/form.json")), Error);
+}
+
+}  // namespace
+}  // namespace korvex
+
+#include "FormFileTest.moc"

@@ -3,6 +3,7 @@
 // the file locks of the two open modes.
 #include "korvex/data/clsCSVFile.h"
 #include "korvex/runtime/Conversions.h"
+#include "tests/support/CsvReference.h"
 #include "tests/support/Printers.h"
 #include "tests/support/RaisedError.h"
 #include "tests/support/TestFiles.h"
@@ -10,6 +11,8 @@
 #include <QStringList>
 
 #include <gtest/gtest.h>
+
+#include <random>
 
 #include <unistd.h>
 
@@ -217,6 +220,48 @@ TEST(CSVFile, LongLinesAcrossReadBoundaries)
     for (qsizetype i = 0; i < records.size(); ++i)
         EXPECT_EQ(records[i], expected[i]) << "line " << i << " of length " << lengths[i];
     EXPECT_EQ(csv.RecordCount(), static_cast<int>(std::size(lengths)));
+}
+
+// Random lines of quotes, commas, apostrophes, CRs and letters, many longer than the 64 bytes
+// the parser takes at a time, so that open quotes carry across its blocks.
+TEST(CSVFile, AgreesWithThePlainRulesOnRandomLines)
+{
+    std::mt19937 random(2009);
+    const char alphabet[] = {'a', 'b', ',', ',', '"', '"', '\'', ' ', '\r', '\xE9'};
+    QList<QByteArray> lines;
+    QByteArray bytes;
+    for (int n = 0; n < 400; ++n) {
+        QByteArray line(static_cast<qsizetype>(random() % 300), 'a');
+        for (char& c : line)
+            c = alphabet[random() % sizeof alphabet];
+        lines.append(line);
+        bytes += line + '\n';
+    }
+    test::TestFolder folder;
+    const QString path = folder.Write(QStringLiteral("random.csv"), bytes);
+    for (bool doubling : {false, true}) {
+        clsCSVFile csv;
+        csv.SetDoubleApostrophes(doubling);
+        csv.OpenCSV(path, 0);
+        int width = 0;
+        for (const QByteArray& line : lines) {
+            ASSERT_FALSE(csv.EOFCSV());
+            const QStringList expected = test::ReferenceCsvFields(line, doubling);
+            width = std::max(width, static_cast<int>(expected.size()));
+            ASSERT_EQ(csv.FieldsCount(), width);
+            for (int i = 0; i < width; ++i) {
+                ASSERT_EQ(csv.FieldText(static_cast<short>(i)), i < expected.size() ? expected[i] : QString())
+                    << "field " << i << " of " << line.toStdString();
+            }
+            QStringList quoted;
+            for (const QString& field : expected)
+                quoted.append(u'\'' + field + u'\'');
+            ASSERT_EQ(csv.FieldsValueList(), quoted.join(u','));
+            csv.MoveNext();
+        }
+        EXPECT_TRUE(csv.EOFCSV());
+        EXPECT_EQ(csv.RecordCount(), lines.size());
+    }
 }
 
 TEST(CSVFile, RecordCountIsCountedOnceAfterModeZero)

@@ -9,11 +9,15 @@
 #include <QList>
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <limits>
 
 #ifdef Q_OS_UNIX
 #include <sys/file.h>
+#endif
+#if defined(__SSE2__)
+#include <emmintrin.h>
 #endif
 
 namespace korvex {
@@ -22,7 +26,7 @@ namespace {
 constexpr qsizetype ReadBufferSize = 64 * 1024;
 constexpr qsizetype CountBlockSize = 16384;
 
-// Offsets from ObjectErrorBase and their fixed descriptions.
+// The reader's error numbers, as offsets from ObjectErrorBase.
 constexpr int ErrAlreadyOpen = 1;
 constexpr int ErrClosed = 2;
 constexpr int ErrInvalidColumn = 4;
@@ -60,17 +64,30 @@ qsizetype FindByte(const char* text, qsizetype from, qsizetype end, char byte)
     return found ? static_cast<const char*>(found) - text : end;
 }
 
-qsizetype CountQuotes(const char* text, qsizetype from, qsizetype end)
+// Bit i set where byte i of the 64 bytes at `block` equals `byte`.
+quint64 ByteMask(const char* block, char byte)
 {
-    return std::count(text + from, text + end, '"');
+    quint64 mask = 0;
+#if defined(__SSE2__)
+    const __m128i wanted = _mm_set1_epi8(byte);
+    for (int k = 0; k < 4; ++k) {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(block + 16 * k));
+        const auto bits = static_cast<quint32>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, wanted)));
+        mask |= static_cast<quint64>(bits) << (16 * k);
+    }
+#else
+    for (int k = 0; k < 64; ++k)
+        mask |= static_cast<quint64>(block[k] == byte) << k;
+#endif
+    return mask;
 }
 
-// Every occurrence of `from` replaced by `to` (left to right, without overlaps).
-QByteArray ReplaceAll(QByteArrayView bytes, QByteArrayView from, QByteArrayView to)
+// Bit i becomes the parity of bits 0 to i.
+quint64 PrefixXor(quint64 bits)
 {
-    QByteArray out = bytes.toByteArray();
-    out.replace(from, to);
-    return out;
+    for (int shift = 1; shift < 64; shift *= 2)
+        bits ^= bits << shift;
+    return bits;
 }
 
 }  // namespace
@@ -185,96 +202,136 @@ bool clsCSVFile::FileExhausted()
 
 // A line is every byte up to the next LF (or to the end of the file), with every CR in it
 // dropped; the read position ends just behind that LF. Reading through a buffer gives the same
-// lines as reading in blocks and seeking back, without a limit on the line length.
+// lines as reading in blocks and seeking back, without a limit on the line length. A line that
+// lies whole in the buffer with at most a CR at its end is not copied: the buffer is only
+// refilled on the way to the next line.
 void clsCSVFile::ReadLine()
 {
-    mLine.resize(0);
+    const char* chunk = mBuffer.constData();
+    qsizetype lf = FindByte(chunk, mBufferPos, mBufferEnd, '\n');
+    if (lf < mBufferEnd) {
+        qsizetype end = lf;
+        if (end > mBufferPos && chunk[end - 1] == '\r')
+            --end;
+        if (FindByte(chunk, mBufferPos, end, '\r') == end) {
+            mLine = QByteArrayView(chunk + mBufferPos, end - mBufferPos);
+            mBufferPos = lf + 1;
+            return;
+        }
+    }
+
+    mLineCopy.resize(0);
     while (mBufferPos < mBufferEnd || FillBuffer()) {
-        const char* chunk = mBuffer.constData();
-        const qsizetype lf = FindByte(chunk, mBufferPos, mBufferEnd, '\n');
+        lf = FindByte(chunk, mBufferPos, mBufferEnd, '\n');
         qsizetype from = mBufferPos;
         while (from < lf) {
             const qsizetype cr = FindByte(chunk, from, lf, '\r');
-            mLine.append(chunk + from, cr - from);
+            mLineCopy.append(chunk + from, cr - from);
             from = cr + 1;
         }
         if (lf < mBufferEnd) {
             mBufferPos = lf + 1;
-            return;
+            break;
         }
         mBufferPos = mBufferEnd;
     }
+    mLine = mLineCopy;
 }
 
-// Splits the current line at commas. A comma counts as a separator only when the text of the
-// field so far holds an even number of double quotes, so quoted commas stay in their field. A
-// comma at the end of the line adds no field; an empty line has none.
+// Splits the current line at commas. A comma separates fields only when the field so far holds
+// an even number of double quotes, so quoted commas stay in their field; a field with an odd
+// count runs to the end of the line. A comma at the end of the line adds no field; an empty
+// line has none.
 void clsCSVFile::ParseLine()
 {
-    const char* text = mLine.constData();
+    const char* text = mLine.data();
     const qsizetype length = mLine.size();
     mSpans.clear();
-    qsizetype p = 0;
-    while (p < length) {
-        qsizetype comma = FindByte(text, p, length, ',');
-        qsizetype quotes = CountQuotes(text, p, comma);
-        while (quotes % 2 == 1 && comma < length) {
-            const qsizetype next = FindByte(text, comma + 1, length, ',');
-            quotes += CountQuotes(text, comma + 1, next);
-            comma = next;
+    // Quotes and commas come too irregularly for branch prediction, so the line is read 64
+    // bytes at a time as bit masks: a comma is a separator when the quotes before it on the
+    // line are even in number (the count since the field's start is then even too).
+    qsizetype start = 0;
+    quint64 carriedQuote = 0;  // all ones when the line so far holds an odd number of quotes
+    for (qsizetype base = 0; base < length; base += 64) {
+        const char* block = text + base;
+        char padded[64];
+        if (length - base < 64) {
+            std::memset(padded, 0, sizeof padded);
+            std::memcpy(padded, block, static_cast<std::size_t>(length - base));
+            block = padded;
         }
-        mSpans.push_back({p, comma - p});
-        p = comma + 1;
+        const quint64 insideQuotes = PrefixXor(ByteMask(block, '"')) ^ carriedQuote;
+        carriedQuote = static_cast<quint64>(static_cast<qint64>(insideQuotes) >> 63);
+        for (quint64 separators = ByteMask(block, ',') & ~insideQuotes; separators != 0; separators &= separators - 1) {
+            const qsizetype comma = base + std::countr_zero(separators);
+            mSpans.push_back({start, comma - start});
+            start = comma + 1;
+        }
     }
+    if (start < length)
+        mSpans.push_back({start, length - start});
     mParsedWithDoubledApostrophes = mDoubleApostrophes;
 
+    // Field texts are made on demand; a new record invalidates those of the last one at once.
+    ++mRecord;
+    if (mFields.size() < mSpans.size()) {
+        mFields.resize(mSpans.size());
+        mFieldRecord.resize(mSpans.size(), 0);
+    }
+    // The width only grows; fields beyond this line's own read as "", so a shorter line
+    // leaves no old values behind.
     const int count = static_cast<int>(mSpans.size());
     if (count - 1 > mHighestFieldIndex)
         mHighestFieldIndex = count - 1;
-    const auto width = static_cast<std::size_t>(mHighestFieldIndex + 1);
-    if (mFields.size() < width) {
-        mFields.resize(width);
-        mFieldReady.resize(width);
-    }
-    // Fields of this line are made on demand; the rest of the width is blank, so a shorter
-    // line leaves no old values behind.
-    for (std::size_t i = 0; i < width; ++i) {
-        const bool fromLine = i < mSpans.size();
-        mFieldReady[i] = !fromLine;
-        if (!fromLine)
-            mFields[i].clear();
-    }
 }
 
 // The bytes of one field: a field that begins and ends with a double quote loses both, and
-// each doubled quote inside becomes one; apostrophes are doubled when asked for.
-QByteArray clsCSVFile::FieldBytes(const FieldSpan& span) const
+// each doubled quote inside becomes one; apostrophes are doubled when asked for. Most fields
+// need none of it and are a view of the line; the others are built in `scratch`.
+QByteArrayView clsCSVFile::FieldBytes(const FieldSpan& span, QByteArray& scratch) const
 {
-    QByteArrayView bytes(mLine.constData() + span.start, span.length);
-    QByteArray owned;
+    QByteArrayView bytes = mLine.sliced(span.start, span.length);
     if (bytes.size() >= 2 && bytes.front() == '"' && bytes.back() == '"') {
         bytes = bytes.sliced(1, bytes.size() - 2);
-        if (bytes.contains("\"\"")) {
-            owned = ReplaceAll(bytes, "\"\"", "\"");
-            bytes = owned;
+        if (bytes.contains('"')) {
+            scratch.resize(0);
+            for (qsizetype i = 0; i < bytes.size(); ++i) {
+                scratch.append(bytes[i]);
+                if (bytes[i] == '"' && i + 1 < bytes.size() && bytes[i + 1] == '"')
+                    ++i;
+            }
+            bytes = scratch;
         }
     }
-    if (mParsedWithDoubledApostrophes && bytes.contains('\''))
-        return ReplaceAll(bytes, "'", "''");
-    return owned.isNull() ? bytes.toByteArray() : owned;
+    if (mParsedWithDoubledApostrophes && bytes.contains('\'')) {
+        QByteArray doubled;
+        doubled.reserve(bytes.size() + 8);
+        for (char c : bytes) {
+            doubled.append(c);
+            if (c == '\'')
+                doubled.append(c);
+        }
+        scratch = std::move(doubled);
+        bytes = scratch;
+    }
+    return bytes;
 }
 
 const QString& clsCSVFile::MaterialisedField(int index) const
 {
+    static const QString blank;
     const auto i = static_cast<std::size_t>(index);
-    if (!mFieldReady[i]) {
-        mFields[i] = FromWindows1252(FieldBytes(mSpans[i]));
-        mFieldReady[i] = true;
+    if (i >= mSpans.size())
+        return blank;
+    if (mFieldRecord[i] != mRecord) {
+        // Decoding into the field's old text reuses its storage when nobody else holds it.
+        FromWindows1252(FieldBytes(mSpans[i], mScratch), mFields[i]);
+        mFieldRecord[i] = mRecord;
     }
     return mFields[i];
 }
 
-QString clsCSVFile::FieldText(short Index) const
+const QString& clsCSVFile::FieldText(short Index) const
 {
     CheckOpen("Fields");
     if (Index < 0 || Index > mHighestFieldIndex)
@@ -316,7 +373,8 @@ QString clsCSVFile::FieldsValueList() const
     for (const FieldSpan& span : mSpans) {
         if (!list.isEmpty())
             list.append(',');
-        list.append('\'').append(FieldBytes(span)).append('\'');
+        QByteArray scratch;
+        list.append('\'').append(FieldBytes(span, scratch)).append('\'');
     }
     return FromWindows1252(list);
 }
@@ -361,9 +419,10 @@ void clsCSVFile::SetDoubleApostrophes(bool value)
     mDoubleApostrophes = value;
     if (!mHandleTaken || mAtEnd)
         return;
-    for (int i = 0; i <= mHighestFieldIndex; ++i) {
-        QString& field = mFields[static_cast<std::size_t>(i)];
-        (void)MaterialisedField(i);
+    // Fields beyond the line's own are blank and stay so.
+    for (std::size_t i = 0; i < mSpans.size(); ++i) {
+        (void)MaterialisedField(static_cast<int>(i));
+        QString& field = mFields[i];
         if (value)
             field.replace(QLatin1Char('\''), QStringLiteral("''"));
         else

@@ -6,6 +6,7 @@
 #include "korvex/runtime/Variant.h"
 
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QFile>
 #include <QObject>
 #include <QString>
@@ -47,9 +48,10 @@ public:
     void SetDoubleApostrophes(bool value);
 
     // For the library: the highest field index as stored (FieldsCount - 1), and one field's
-    // text without the Variant around it (raising as Fields does).
+    // text without the Variant around it (raising as Fields does), valid until the reader
+    // moves.
     int HighestFieldIndex() const { return mHighestFieldIndex; }
-    QString FieldText(short Index) const;
+    const QString& FieldText(short Index) const;
 
 private:
     // Where a field lies in the current line; its text is made only when someone asks for it,
@@ -65,7 +67,7 @@ private:
     bool FileExhausted();
     void ReadLine();
     void ParseLine();
-    QByteArray FieldBytes(const FieldSpan& span) const;
+    QByteArrayView FieldBytes(const FieldSpan& span, QByteArray& scratch) const;
     const QString& MaterialisedField(int index) const;
     void ResetReadBuffer();
 
@@ -78,14 +80,19 @@ private:
     qsizetype mBufferPos = 0;
     qsizetype mBufferEnd = 0;
 
-    // The current line without its CRs, and the fields found in it.
-    QByteArray mLine;
+    // The current line without its CRs (a view of the read buffer or of mLineCopy), and the
+    // fields found in it.
+    QByteArrayView mLine;
+    QByteArray mLineCopy;
     std::vector<FieldSpan> mSpans;
     bool mParsedWithDoubledApostrophes = false;
 
-    // Field texts 0 to mHighestFieldIndex; a field is made from its span on first use.
+    // Texts of the current line's fields, each made from its span on first use: it is current
+    // when its entry in mFieldRecord equals mRecord, the number of lines parsed so far.
     mutable std::vector<QString> mFields;
-    mutable std::vector<bool> mFieldReady;
+    mutable std::vector<quint64> mFieldRecord;
+    mutable QByteArray mScratch;
+    quint64 mRecord = 0;
     int mHighestFieldIndex = -1;
 
     int mAbsolutePosition = 0;

@@ -40,13 +40,12 @@ public:
     qsizetype RowCount() const { return static_cast<qsizetype>(mRows.size()); }
 
 private:
-    int GroupOf(const QString& key) const;
-
     std::vector<LanguageRow> mRows;
     // One group per key ignoring case: its row numbers in ascending order.
     std::vector<std::vector<int>> mGroups;
-    // Keys as written hit the first index without case folding; other spellings go through
-    // the folded one.
+    // Keys as written lead straight to their row (a number from 0), or, when the key has
+    // duplicates, to its group (-1 - group number), without case folding; other spellings go
+    // through the folded index to the group.
     std::unordered_map<QString, int, QStringHasher> mExactKeys;
     std::unordered_map<QString, int, QStringHasher> mFoldedKeys;
     std::size_t mCurrent = 0;

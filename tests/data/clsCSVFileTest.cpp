@@ -4,6 +4,7 @@
 #include "korvex/data/clsCSVFile.h"
 #include "korvex/runtime/Conversions.h"
 #include "tests/support/CsvReference.h"
+#include "tests/support/ErrorOf.h"
 #include "tests/support/Printers.h"
 #include "tests/support/RaisedError.h"
 #include "tests/support/TestFiles.h"
@@ -327,7 +328,7 @@ TEST(CSVFile, ClosedReaderRaisesWithTheMembersSource)
     };
     for (const Row& r : rows)
         ExpectError(RaisedError(r.call), ErrClosed, r.source, closed);
-    EXPECT_EQ(RaisedError([&] { csv.MoveNext(); })->Number(), vbErrBadFileNameOrNumber) << "no file behind it";
+    EXPECT_EQ(test::ErrorOf([&] { csv.MoveNext(); }), vbErrBadFileNameOrNumber) << "no file behind it";
 }
 
 TEST(CSVFile, OpenFailuresNeedACloseBeforeTheNextOpen)

@@ -3,11 +3,10 @@
 // letter case ignored), through hash indexes so that every caption lookup stays cheap.
 #pragma once
 
-#include <QHashFunctions>
+#include <QHash>
 #include <QString>
 
 #include <array>
-#include <unordered_map>
 #include <vector>
 
 namespace korvex {
@@ -20,34 +19,41 @@ struct LanguageRow {
     std::array<QString, 5> Texts;
 };
 
-// std::hash for QString, which this Qt version does not provide.
-struct QStringHasher {
-    std::size_t operator()(const QString& text) const noexcept { return qHash(text); }
-};
-
 class LanguageTable {
 public:
     // Appends a row at the end; returns true when a row with the same key (ignoring case) was
     // already there.
     bool Append(LanguageRow row);
 
+    struct Match {
+        const LanguageRow* row = nullptr;  // nullptr when no row has the key
+        const QString* text = nullptr;     // the row's Text
+    };
+
     // Searches forward from the current row, itself included, and once more from the first
     // row; the row found becomes current, so among duplicate keys the one at or after the
     // previous lookup wins. Not found leaves the cursor past the end.
-    const LanguageRow* Find(const QString& key);
+    Match Find(const QString& key);
 
     void MoveFirst() { mCurrent = 0; }
     qsizetype RowCount() const { return static_cast<qsizetype>(mRows.size()); }
 
 private:
+    struct ExactEntry {
+        // The key's only row (a number from 0), or, when the key has duplicates, its group
+        // (-1 - group number).
+        int target = 0;
+        // The only row's Text, kept here as well so that the common lookup touches no row.
+        QString text;
+    };
+
     std::vector<LanguageRow> mRows;
     // One group per key ignoring case: its row numbers in ascending order.
     std::vector<std::vector<int>> mGroups;
-    // Keys as written lead straight to their row (a number from 0), or, when the key has
-    // duplicates, to its group (-1 - group number), without case folding; other spellings go
+    // Keys as written lead to their row or group without case folding; other spellings go
     // through the folded index to the group.
-    std::unordered_map<QString, int, QStringHasher> mExactKeys;
-    std::unordered_map<QString, int, QStringHasher> mFoldedKeys;
+    QHash<QString, ExactEntry> mExactKeys;
+    QHash<QString, int> mFoldedKeys;
     std::size_t mCurrent = 0;
 };
 

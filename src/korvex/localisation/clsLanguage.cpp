@@ -131,20 +131,22 @@ void clsLanguage::LoadFile(int Language, const QString& path)
 QString clsLanguage::LGS(const QString& StringId, const QString& DefaultString, int Suffix, const QString& SubVar1,
                          const QString& SubVar2, int LanguageCode)
 {
-    const LanguageRow* row = mTable ? mTable->Find(StringId) : nullptr;
-    QString result;
-    if (!row) {
-        result = DefaultString;
-    } else if (LanguageCode == langDefault) {
-        result = row->Text;
-    } else if (LanguageCode >= 0 && LanguageCode < LanguageColumns) {
-        result = row->Texts[static_cast<std::size_t>(LanguageCode)];
-    } else {
+    const LanguageTable::Match match = mTable ? mTable->Find(StringId) : LanguageTable::Match{};
+    const QString* found = &DefaultString;
+    if (match.row && LanguageCode == langDefault) {
+        found = match.text;
+    } else if (match.row && LanguageCode >= 0 && LanguageCode < LanguageColumns) {
+        found = &match.row->Texts[static_cast<std::size_t>(LanguageCode)];
+    } else if (match.row) {
         // The text fields are Text0 to Text4; any other number names a field that is not there.
         Raise(vbErrItemNotFound, QStringLiteral("clsLanguage.LGS"),
               QStringLiteral("Item cannot be found in the collection corresponding to the requested name or ordinal."));
     }
+    // Most captions take neither suffix nor values: hand out the text itself.
+    if ((Suffix < tsColon || Suffix > tsSpace) && SubVar1.isEmpty())
+        return *found;
 
+    QString result = *found;
     switch (Suffix) {
     case tsColon: result += QLatin1Char(':'); break;
     case tsEllipsis: result += QLatin1String("..."); break;

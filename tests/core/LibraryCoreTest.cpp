@@ -1,6 +1,7 @@
 // The library core: initialisation slots, Trace, GetParentForm through nested user controls,
 // EnableControl by type name, and the composed LibMsgBox.
 #include "korvex/core/ControlRoutines.h"
+#include "korvex/core/DevelopmentEnvironment.h"
 #include "korvex/core/LibMsgBox.h"
 #include "korvex/core/SharedContext.h"
 #include "korvex/core/Trace.h"
@@ -95,6 +96,28 @@ TEST_F(CoreTest, InitialisationFillsOnlyTheSlotsGivenAndRefusesWrongKinds)
     clsPublic::Global().UninitVyrInvControls();
     EXPECT_EQ(context.User, nullptr);
     EXPECT_EQ(clsPublic::Current(), created) << "uninitialising leaves the current instances";
+}
+
+TEST_F(CoreTest, TheDevelopmentEnvironmentIsThePreviewToolByModuleName)
+{
+    struct Row {
+        const char* module;
+        short expected;
+    };
+    const Row rows[] = {
+        {"/opt/korvex/bin/KORVEX-PREVIEW", 2},  // case is ignored
+        {"/opt/korvex/bin/korvex_demo", 1},
+        {"korvex-preview", 1},  // no folder separator: the name counts as empty
+        {"/opt/korvex-preview/bin/app", 1},
+    };
+    for (const Row& r : rows) {
+        SharedContext::ForThisThread().DevelopmentEnvironment = 0;
+        EXPECT_EQ(InDevelopmentEnvironment(QString::fromLatin1(r.module)), r.expected) << r.module;
+        EXPECT_EQ(InDevelopmentEnvironment(QStringLiteral("/x/korvex-preview")), r.expected)
+            << "worked out once; later arguments are ignored";
+    }
+    SharedContext::ForThisThread().DevelopmentEnvironment = 0;
+    EXPECT_EQ(InDevelopmentEnvironment(), 1) << "the test program is not the preview tool";
 }
 
 TEST_F(CoreTest, TraceGoesToTheMDIFormOrNowhere)

@@ -2,22 +2,13 @@
 // positions and unknown keys.
 #include "korvex/runtime/Collection.h"
 #include "korvex/runtime/Error.h"
+#include "tests/support/ErrorOf.h"
 #include "tests/support/Printers.h"
 
 #include <gtest/gtest.h>
 
 namespace korvex {
 namespace {
-
-int ErrorOf(const std::function<void()>& call)
-{
-    try {
-        call();
-    } catch (const Error& e) {
-        return e.Number();
-    }
-    return 0;
-}
 
 TEST(Collection, PositionsKeysAndInsertion)
 {
@@ -47,15 +38,15 @@ TEST(Collection, ErrorsAreTheLanguagesOwn)
     Collection c;
     c.Add(1, "k");
     c.Add(2, "");  // an empty text is a key like any other
-    EXPECT_EQ(ErrorOf([&] { c.Add(3, "K"); }), vbErrDuplicateKey);
-    EXPECT_EQ(ErrorOf([&] { c.Add(3, ""); }), vbErrDuplicateKey);
-    EXPECT_EQ(ErrorOf([&] { c.Add(3, 7); }), vbErrTypeMismatch) << "a key must be text";
-    EXPECT_EQ(ErrorOf([&] { c.Add(3, {}, 1, 1); }), vbErrInvalidProcedureCall) << "before and after together";
-    EXPECT_EQ(ErrorOf([&] { c.Item(0); }), vbErrSubscriptOutOfRange);
-    EXPECT_EQ(ErrorOf([&] { c.Item(3); }), vbErrSubscriptOutOfRange);
-    EXPECT_EQ(ErrorOf([&] { c.Item("nope"); }), vbErrInvalidProcedureCall);
-    EXPECT_EQ(ErrorOf([&] { c.Remove("nope"); }), vbErrInvalidProcedureCall);
-    EXPECT_EQ(ErrorOf([&] { c.Add(3, {}, 9); }), vbErrSubscriptOutOfRange);
+    EXPECT_EQ(test::ErrorOf([&] { c.Add(3, "K"); }), vbErrDuplicateKey);
+    EXPECT_EQ(test::ErrorOf([&] { c.Add(3, ""); }), vbErrDuplicateKey);
+    EXPECT_EQ(test::ErrorOf([&] { c.Add(3, 7); }), vbErrTypeMismatch) << "a key must be text";
+    EXPECT_EQ(test::ErrorOf([&] { c.Add(3, {}, 1, 1); }), vbErrInvalidProcedureCall) << "before and after together";
+    EXPECT_EQ(test::ErrorOf([&] { c.Item(0); }), vbErrSubscriptOutOfRange);
+    EXPECT_EQ(test::ErrorOf([&] { c.Item(3); }), vbErrSubscriptOutOfRange);
+    EXPECT_EQ(test::ErrorOf([&] { c.Item("nope"); }), vbErrInvalidProcedureCall);
+    EXPECT_EQ(test::ErrorOf([&] { c.Remove("nope"); }), vbErrInvalidProcedureCall);
+    EXPECT_EQ(test::ErrorOf([&] { c.Add(3, {}, 9); }), vbErrSubscriptOutOfRange);
     EXPECT_EQ(c.Count(), 2) << "failed calls leave the collection as it was";
 }
 

@@ -3,6 +3,7 @@
 #include "korvex/runtime/Conversions.h"
 #include "korvex/runtime/Error.h"
 #include "tests/support/PinnedSettings.h"
+#include "tests/support/ErrorOf.h"
 #include "tests/support/Printers.h"
 
 #include <gtest/gtest.h>
@@ -12,16 +13,6 @@
 
 namespace korvex {
 namespace {
-
-int ErrorOf(const std::function<void()>& call)
-{
-    try {
-        call();
-    } catch (const Error& e) {
-        return e.Number();
-    }
-    return 0;
-}
 
 TEST(Conversions, WholeNumbersRoundHalvesToEvenAndRefuseWhatDoesNotFit)
 {
@@ -50,18 +41,18 @@ TEST(Conversions, WholeNumbersRoundHalvesToEvenAndRefuseWhatDoesNotFit)
     for (const Row& r : rows)
         EXPECT_EQ(CInt(r.in), r.expected) << r.why;
 
-    EXPECT_EQ(ErrorOf([] { CInt(32767.5); }), vbErrOverflow) << "rounds to 32768 first";
+    EXPECT_EQ(test::ErrorOf([] { CInt(32767.5); }), vbErrOverflow) << "rounds to 32768 first";
     EXPECT_EQ(CInt(-32768.5), -32768) << "-32768.5 rounds to the even -32768, which fits";
-    EXPECT_EQ(ErrorOf([] { CInt(Variant("40000")); }), vbErrOverflow);
-    EXPECT_EQ(ErrorOf([] { CLng(2147483647.5); }), vbErrOverflow);
+    EXPECT_EQ(test::ErrorOf([] { CInt(Variant("40000")); }), vbErrOverflow);
+    EXPECT_EQ(test::ErrorOf([] { CLng(2147483647.5); }), vbErrOverflow);
     EXPECT_EQ(CLng(Variant("&HFFFFFFFF")), -1) << "a 32-bit hex literal is a Long";
     EXPECT_EQ(CLng(Variant("&H10000")), 65536);
-    EXPECT_EQ(ErrorOf([] { CLng(Variant("&H100000000")); }), vbErrOverflow);
-    EXPECT_EQ(ErrorOf([] { CByte(-1); }), vbErrOverflow);
-    EXPECT_EQ(ErrorOf([] { CLng(std::numeric_limits<double>::quiet_NaN()); }), vbErrOverflow);
-    EXPECT_EQ(ErrorOf([] { CInt(Variant("abc")); }), vbErrTypeMismatch);
-    EXPECT_EQ(ErrorOf([] { CInt(Variant("")); }), vbErrTypeMismatch) << "an empty text is no number";
-    EXPECT_EQ(ErrorOf([] { CInt(Null); }), vbErrInvalidUseOfNull);
+    EXPECT_EQ(test::ErrorOf([] { CLng(Variant("&H100000000")); }), vbErrOverflow);
+    EXPECT_EQ(test::ErrorOf([] { CByte(-1); }), vbErrOverflow);
+    EXPECT_EQ(test::ErrorOf([] { CLng(std::numeric_limits<double>::quiet_NaN()); }), vbErrOverflow);
+    EXPECT_EQ(test::ErrorOf([] { CInt(Variant("abc")); }), vbErrTypeMismatch);
+    EXPECT_EQ(test::ErrorOf([] { CInt(Variant("")); }), vbErrTypeMismatch) << "an empty text is no number";
+    EXPECT_EQ(test::ErrorOf([] { CInt(Null); }), vbErrInvalidUseOfNull);
 }
 
 TEST(Conversions, TextIsReadAndWrittenWithTheRegionalSymbols)
@@ -84,10 +75,10 @@ TEST(Conversions, TextIsReadAndWrittenWithTheRegionalSymbols)
         EXPECT_EQ(CStr(-0.0), "0");
         EXPECT_EQ(CStr(true), "True");
         EXPECT_EQ(CStr(Variant()), "") << "Empty is the empty text";
-        EXPECT_EQ(ErrorOf([] { CStr(Null); }), vbErrInvalidUseOfNull);
-        EXPECT_EQ(ErrorOf([] { CDbl(Variant("(5")); }), vbErrTypeMismatch) << "unbalanced bracket";
-        EXPECT_EQ(ErrorOf([] { CDbl(Variant("-5-")); }), vbErrTypeMismatch) << "two signs";
-        EXPECT_EQ(ErrorOf([] { CDbl(Variant("1e999")); }), vbErrOverflow);
+        EXPECT_EQ(test::ErrorOf([] { CStr(Null); }), vbErrInvalidUseOfNull);
+        EXPECT_EQ(test::ErrorOf([] { CDbl(Variant("(5")); }), vbErrTypeMismatch) << "unbalanced bracket";
+        EXPECT_EQ(test::ErrorOf([] { CDbl(Variant("-5-")); }), vbErrTypeMismatch) << "two signs";
+        EXPECT_EQ(test::ErrorOf([] { CDbl(Variant("1e999")); }), vbErrOverflow);
     }
     {
         test::PinnedSettings pin(RegionalSettings::German());
@@ -104,14 +95,14 @@ TEST(Conversions, CurrencyKeepsFourDecimalsExactly)
     test::PinnedSettings pin;
     EXPECT_EQ(CCur(Variant("922337203685477.5807")).Scaled(), std::numeric_limits<std::int64_t>::max())
         << "read from the digits, not through a double";
-    EXPECT_EQ(ErrorOf([] { CCur(Variant("922337203685477.5808")); }), vbErrOverflow);
+    EXPECT_EQ(test::ErrorOf([] { CCur(Variant("922337203685477.5808")); }), vbErrOverflow);
     EXPECT_EQ(CCur(0.1).Scaled(), 1000);
     EXPECT_EQ(CCur(1.00005).Scaled(), 10000) << "the fifth decimal rounds half to even";
     EXPECT_EQ(CCur(1.00015).Scaled(), 10002);
     EXPECT_EQ(CCur(Variant("0.00005")).Scaled(), 0);
     EXPECT_EQ(CCur(Variant("0.00015")).Scaled(), 2);
     EXPECT_EQ(CStr(CCur(Variant("10.10"))), "10.1") << "no trailing zeros when shown";
-    EXPECT_EQ(ErrorOf([] { CCur(1e300); }), vbErrOverflow);
+    EXPECT_EQ(test::ErrorOf([] { CCur(1e300); }), vbErrOverflow);
     EXPECT_EQ(CLng(Currency::FromScaled(-25000)), -2);
 }
 
@@ -151,9 +142,9 @@ TEST(Conversions, DatesCountFromTheEpochAndKeepTheTimeAsAPositiveFraction)
     EXPECT_EQ(CDate(Variant("5 Jan 09 2:30 pm")).serial, 39818 + TimeSerial(14, 30, 0));
     EXPECT_EQ(CDate(Variant("12:00 AM")).serial, 0) << "a time alone has no date part";
     EXPECT_EQ(CDate(Variant("39818.5")).serial, 39818.5) << "a number as text is a serial";
-    EXPECT_EQ(ErrorOf([] { CDate(Variant("2/30/2009")); }), vbErrTypeMismatch);
-    EXPECT_EQ(ErrorOf([] { CDate(Variant("25:00")); }), vbErrTypeMismatch);
-    EXPECT_EQ(ErrorOf([] { CDate(3e6); }), vbErrOverflow);
+    EXPECT_EQ(test::ErrorOf([] { CDate(Variant("2/30/2009")); }), vbErrTypeMismatch);
+    EXPECT_EQ(test::ErrorOf([] { CDate(Variant("25:00")); }), vbErrTypeMismatch);
+    EXPECT_EQ(test::ErrorOf([] { CDate(3e6); }), vbErrOverflow);
     EXPECT_EQ(CStr(Variant(Date{39818})), "1/5/2009") << "no time part, no time shown";
     EXPECT_EQ(CStr(Variant(Date{0.5})), "12:00:00 PM") << "no date part, only the time";
     EXPECT_EQ(CStr(Variant(Date{0})), "12:00:00 AM") << "the epoch itself shows as midnight";
@@ -238,7 +229,7 @@ TEST(Conversions, TypeNamesAndCoercionToAType)
     EXPECT_EQ(VarType(Variant::Array({})), vbArray | vbVariant);
     EXPECT_EQ(CVType(Variant("12"), vbInteger), Variant(std::int16_t{12}));
     EXPECT_EQ(CVType(Null, vbVariant), Null);
-    EXPECT_EQ(ErrorOf([] { CVType(Variant("x"), vbDouble); }), vbErrTypeMismatch);
+    EXPECT_EQ(test::ErrorOf([] { CVType(Variant("x"), vbDouble); }), vbErrTypeMismatch);
 }
 
 }  // namespace

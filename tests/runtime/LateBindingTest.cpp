@@ -4,6 +4,7 @@
 #include "korvex/runtime/Error.h"
 #include "korvex/runtime/LateBinding.h"
 #include "korvex/runtime/StdFont.h"
+#include "tests/support/ErrorOf.h"
 #include "tests/support/Printers.h"
 
 #include <gtest/gtest.h>
@@ -56,16 +57,6 @@ class DerivedProbe : public Probe {
     Q_OBJECT
 };
 
-int ErrorOf(const std::function<void()>& call)
-{
-    try {
-        call();
-    } catch (const Error& e) {
-        return e.Number();
-    }
-    return 0;
-}
-
 TEST(LateBinding, PropertiesByNameWithConversions)
 {
     Probe p;
@@ -80,11 +71,11 @@ TEST(LateBinding, PropertiesByNameWithConversions)
     SetProperty(&p, "Value", Null);
     EXPECT_TRUE(p.Value().IsNull()) << "Variant properties carry Null unchanged";
 
-    EXPECT_EQ(ErrorOf([&] { SetProperty(&p, "TabIndex", Variant("x")); }), vbErrTypeMismatch);
-    EXPECT_EQ(ErrorOf([&] { SetProperty(&p, "TabIndex", 40000); }), vbErrOverflow);
-    EXPECT_EQ(ErrorOf([&] { SetProperty(&p, "Name", "other"); }), vbErrPropertyReadOnly);
-    EXPECT_EQ(ErrorOf([&] { GetProperty(&p, "Locked"); }), vbErrObjectDoesntSupport);
-    EXPECT_EQ(ErrorOf([] { GetProperty(nullptr, "Text"); }), vbErrObjectNotSet);
+    EXPECT_EQ(test::ErrorOf([&] { SetProperty(&p, "TabIndex", Variant("x")); }), vbErrTypeMismatch);
+    EXPECT_EQ(test::ErrorOf([&] { SetProperty(&p, "TabIndex", 40000); }), vbErrOverflow);
+    EXPECT_EQ(test::ErrorOf([&] { SetProperty(&p, "Name", "other"); }), vbErrPropertyReadOnly);
+    EXPECT_EQ(test::ErrorOf([&] { GetProperty(&p, "Locked"); }), vbErrObjectDoesntSupport);
+    EXPECT_EQ(test::ErrorOf([] { GetProperty(nullptr, "Text"); }), vbErrObjectNotSet);
     EXPECT_EQ(p.dynamicPropertyNames().size(), 0) << "an unknown name must not create a dynamic property";
 }
 
@@ -108,8 +99,8 @@ TEST(LateBinding, MethodsWithReferencesAndErrors)
     EXPECT_EQ(p.items.value(3), "three");
 
     QList<Variant> one{1};
-    EXPECT_EQ(ErrorOf([&] { CallByName(&p, "Add", VbMethod, one); }), vbErrWrongNumberOfArguments);
-    EXPECT_EQ(ErrorOf([&] { CallByName(&p, "Fail", VbMethod); }), vbErrInvalidPropertyValue)
+    EXPECT_EQ(test::ErrorOf([&] { CallByName(&p, "Add", VbMethod, one); }), vbErrWrongNumberOfArguments);
+    EXPECT_EQ(test::ErrorOf([&] { CallByName(&p, "Fail", VbMethod); }), vbErrInvalidPropertyValue)
         << "the callee's own error reaches the caller";
     EXPECT_TRUE(HasMember(&p, "keypress"));
     EXPECT_FALSE(HasMember(&p, "Locked"));
@@ -131,7 +122,7 @@ TEST(LateBinding, TypeNamesAndDefaultMembers)
     EXPECT_EQ(CDbl(object), 12.5);
     EXPECT_TRUE(IsNumeric(object));
     QObject plain;
-    EXPECT_EQ(ErrorOf([&] { CStr(Variant(&plain)); }), vbErrObjectDoesntSupport) << "no default member";
+    EXPECT_EQ(test::ErrorOf([&] { CStr(Variant(&plain)); }), vbErrObjectDoesntSupport) << "no default member";
 }
 
 TEST(LateBinding, ObjectReferencesFollowTheObjectsLife)

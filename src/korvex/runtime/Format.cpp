@@ -467,7 +467,8 @@ bool NamedFormat(const Variant& value, const QString& pattern, const RegionalSet
         out = render(number);
         return true;
     };
-    auto asDate = [&](const QString& picture, bool windowsPicture) {
+    // Text that is no date is shown as it is.
+    auto asDate = [&](auto render) {
         Date date;
         try {
             date = CDate(value);
@@ -475,8 +476,14 @@ bool NamedFormat(const Variant& value, const QString& pattern, const RegionalSet
             out = CStr(value);
             return true;
         }
-        out = windowsPicture ? s.FormatDatePicture(date, picture) : RenderDateSection(picture, date, s);
+        out = render(date);
         return true;
+    };
+    auto picture = [&](const QString& windowsPicture) {
+        return [&, windowsPicture](Date date) { return s.FormatDatePicture(date, windowsPicture); };
+    };
+    auto tokens = [&](const QString& section) {
+        return [&, section](Date date) { return RenderDateSection(section, date, s); };
     };
     auto custom = [&](const QString& p) {
         return [&, p](const Variant& number) { return FormatNumberPattern(number, SplitSections(p), s); };
@@ -504,29 +511,20 @@ bool NamedFormat(const Variant& value, const QString& pattern, const RegionalSet
         return yesNo("True", "False");
     if (name == QLatin1String("on/off"))
         return yesNo("On", "Off");
-    if (name == QLatin1String("general date")) {
-        Date date;
-        try {
-            date = CDate(value);
-        } catch (const Error&) {
-            out = CStr(value);
-            return true;
-        }
-        out = FormatGeneralDate(date, s);
-        return true;
-    }
+    if (name == QLatin1String("general date"))
+        return asDate([&](Date date) { return FormatGeneralDate(date, s); });
     if (name == QLatin1String("long date"))
-        return asDate(s.LongDatePattern, true);
+        return asDate(picture(s.LongDatePattern));
     if (name == QLatin1String("medium date"))
-        return asDate(QStringLiteral("dd-mmm-yy"), false);
+        return asDate(tokens(QStringLiteral("dd-mmm-yy")));
     if (name == QLatin1String("short date"))
-        return asDate(s.ShortDatePattern, true);
+        return asDate(picture(s.ShortDatePattern));
     if (name == QLatin1String("long time"))
-        return asDate(s.TimePattern, true);
+        return asDate(picture(s.TimePattern));
     if (name == QLatin1String("medium time"))
-        return asDate(QStringLiteral("hh:nn AM/PM"), false);
+        return asDate(tokens(QStringLiteral("hh:nn AM/PM")));
     if (name == QLatin1String("short time"))
-        return asDate(QStringLiteral("hh:nn"), false);
+        return asDate(tokens(QStringLiteral("hh:nn")));
     return false;
 }
 

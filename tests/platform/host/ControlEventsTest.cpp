@@ -5,10 +5,13 @@
 #include "korvex/platform/host/Form.h"
 #include "korvex/platform/host/FormFile.h"
 #include "korvex/platform/host/Frame.h"
+#include "korvex/platform/host/MDIForm.h"
+#include "korvex/platform/host/Screen.h"
 #include "korvex/platform/host/TextBox.h"
 #include "korvex/platform/host/UserControl.h"
 #include "korvex/runtime/Error.h"
 #include "korvex/runtime/LateBinding.h"
+#include "tests/support/ErrorOf.h"
 #include "tests/support/PinnedSettings.h"
 #include "tests/support/Printers.h"
 
@@ -126,20 +129,68 @@ TEST(HostControls, ControlArraysLoadCopiesAndUnloadOnlyRunTimeElements)
     EXPECT_FALSE(second->Visible()) << "a loaded element starts hidden";
     EXPECT_EQ(form.ControlArray(QStringLiteral("chkOption")).size(), 2);
 
-    auto errorOf = [](auto&& call) {
-        try {
-            call();
-        } catch (const Error& e) {
-            return e.Number();
-        }
-        return 0;
-    };
-    EXPECT_EQ(errorOf([&] { LoadControlArrayElement(first, 1); }), 360) << "index already loaded";
-    EXPECT_EQ(errorOf([&] { UnloadControlArrayElement(first); }), 362) << "design-time elements stay";
+    EXPECT_EQ(test::ErrorOf([&] { LoadControlArrayElement(first, 1); }), 360) << "index already loaded";
+    EXPECT_EQ(test::ErrorOf([&] { UnloadControlArrayElement(first); }), 362) << "design-time elements stay";
     auto* single = new TextBox(form.Client());
-    EXPECT_EQ(errorOf([&] { LoadControlArrayElement(single, 1); }), 343) << "not an array";
+    EXPECT_EQ(test::ErrorOf([&] { LoadControlArrayElement(single, 1); }), 343) << "not an array";
     UnloadControlArrayElement(second);
     EXPECT_EQ(form.ControlArray(QStringLiteral("chkOption")).size(), 1);
+}
+
+}  // namespace
+}  // namespace korvex
+
+namespace korvex {
+namespace {
+
+class Probe : public UserControl {
+public:
+    using UserControl::UserControl;
+    void Terminate() override { ++terminated; }
+    int terminated = 0;
+};
+
+TEST(HostForms, ScreenFollowsTheActiveMDIChildAndSetsTheCursor)
+{
+    MDIForm mdi;
+    Form child;
+    child.SetName(QStringLiteral("frmChild"));
+    child.SetMDIChild(true);
+    mdi.show();
+    child.Show();
+    EXPECT_EQ(mdi.Children(), QList<Form*>{&child}) << "an MDI child shows inside the MDI form";
+    Screen::SetActiveFormOverride(&mdi);
+    EXPECT_EQ(Screen::Instance()->ActiveForm(), &child) << "the MDI form stands for its active child";
+    Screen::SetActiveFormOverride(nullptr);
+
+    Screen::Instance()->SetMousePointer(vbHourglass);
+    ASSERT_NE(QGuiApplication::overrideCursor(), nullptr);
+    EXPECT_EQ(QGuiApplication::overrideCursor()->shape(), Qt::WaitCursor);
+    Screen::Instance()->SetMousePointer(vbArrowHourglass);
+    EXPECT_EQ(QGuiApplication::overrideCursor()->shape(), Qt::BusyCursor);
+    Screen::Instance()->SetMousePointer(vbDefault);
+    EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr) << "0 restores the default pointer";
+}
+
+TEST(HostForms, UnloadAsksQueryUnloadAndUnloadThenTerminatesControls)
+{
+    Form form;
+    auto* probe = new Probe(form.Client());
+    form.Show();
+    QStringList events;
+    short refuse = 1;
+    QObject::connect(&form, &Form::QueryUnload, [&](short& cancel, short& mode) {
+        events << QStringLiteral("QueryUnload %1").arg(mode);
+        cancel = refuse;
+    });
+    QObject::connect(&form, &Form::Unload, [&](short&) { events << QStringLiteral("Unload"); });
+    EXPECT_FALSE(form.UnloadForm());
+    EXPECT_EQ(probe->terminated, 0) << "a cancelled unload leaves the controls alone";
+    refuse = 0;
+    form.close();  // the user closes the window
+    EXPECT_EQ(events, (QStringList{"QueryUnload 1", "QueryUnload 0", "Unload"}));
+    EXPECT_EQ(probe->terminated, 1);
+    EXPECT_FALSE(form.isVisible());
 }
 
 }  // namespace

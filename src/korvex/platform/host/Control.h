@@ -70,7 +70,7 @@ public:
 
     virtual bool Visible() const { return !isHidden(); }
     virtual void SetVisible(bool visible) { setVisible(visible); }
-    bool Enabled() const { return !testAttribute(Qt::WA_ForceDisabled); }
+    virtual bool Enabled() const { return !testAttribute(Qt::WA_ForceDisabled); }
     virtual void SetEnabled(bool enabled);
     bool TabStop() const noexcept { return mTabStop; }
     virtual void SetTabStop(bool tabStop);

@@ -153,20 +153,14 @@ void ZqCheckBox::ApplyOwnColors()
 
 void ZqCheckBox::SetBackColor(OleColor color)
 {
-    if (color == chkBox->BackColor())
-        return;
-    chkBox->SetBackColor(color);
+    WriteInner(QStringLiteral("BackColor"), chkBox, color, &CheckBox::BackColor, &CheckBox::SetBackColor);
     ApplyOwnColors();
-    PropertyChanged(QStringLiteral("BackColor"));
 }
 
 void ZqCheckBox::SetForeColor(OleColor color)
 {
-    if (color == chkBox->ForeColor())
-        return;
-    chkBox->SetForeColor(color);
+    WriteInner(QStringLiteral("ForeColor"), chkBox, color, &CheckBox::ForeColor, &CheckBox::SetForeColor);
     ApplyOwnColors();
-    PropertyChanged(QStringLiteral("ForeColor"));
 }
 
 void ZqCheckBox::SetEnabled(bool enabled)
@@ -191,27 +185,18 @@ void ZqCheckBox::SetFontObject(QObject* font)
 
 void ZqCheckBox::SetAlignment(short alignment)
 {
-    if (alignment == chkBox->Alignment())
-        return;
-    chkBox->SetAlignment(alignment);
-    PropertyChanged(QStringLiteral("Alignment"));
+    WriteInner(QStringLiteral("Alignment"), chkBox, alignment, &CheckBox::Alignment, &CheckBox::SetAlignment);
 }
 
 void ZqCheckBox::SetAppearance(short appearance)
 {
-    if (appearance == chkBox->Appearance())
-        return;
-    chkBox->SetAppearance(appearance);
-    PropertyChanged(QStringLiteral("Appearance"));
+    WriteInner(QStringLiteral("Appearance"), chkBox, appearance, &CheckBox::Appearance, &CheckBox::SetAppearance);
 }
 
 void ZqCheckBox::SetCaption(const QString& caption)
 {
-    if (caption == chkBox->Caption())
-        return;
-    chkBox->SetCaption(caption);
+    WriteInner(QStringLiteral("Caption"), chkBox, caption, &CheckBox::Caption, &CheckBox::SetCaption);
     update();  // the focus rectangle belongs to caption-less boxes only
-    PropertyChanged(QStringLiteral("Caption"));
 }
 
 void ZqCheckBox::SetCausesValidation(bool causes)
@@ -234,82 +219,52 @@ void ZqCheckBox::SetDataField(const QString& field)
 
 void ZqCheckBox::SetDisabledPicture(const QString& fileName)
 {
-    if (fileName == chkBox->DisabledPicture())
-        return;
-    chkBox->SetDisabledPicture(fileName);
-    PropertyChanged(QStringLiteral("DisabledPicture"));
+    WriteInner(QStringLiteral("DisabledPicture"), chkBox, fileName, &CheckBox::DisabledPicture, &CheckBox::SetDisabledPicture);
 }
 
 void ZqCheckBox::SetDownPicture(const QString& fileName)
 {
-    if (fileName == chkBox->DownPicture())
-        return;
-    chkBox->SetDownPicture(fileName);
-    PropertyChanged(QStringLiteral("DownPicture"));
+    WriteInner(QStringLiteral("DownPicture"), chkBox, fileName, &CheckBox::DownPicture, &CheckBox::SetDownPicture);
 }
 
 void ZqCheckBox::SetMaskColor(OleColor color)
 {
-    if (color == chkBox->MaskColor())
-        return;
-    chkBox->SetMaskColor(color);
-    PropertyChanged(QStringLiteral("MaskColor"));
+    WriteInner(QStringLiteral("MaskColor"), chkBox, color, &CheckBox::MaskColor, &CheckBox::SetMaskColor);
 }
 
 void ZqCheckBox::SetMouseIcon(const QString& fileName)
 {
-    if (fileName == chkBox->MouseIcon())
-        return;
-    chkBox->SetMouseIcon(fileName);
-    PropertyChanged(QStringLiteral("MouseIcon"));
+    WriteInner(QStringLiteral("MouseIcon"), chkBox, fileName, &CheckBox::MouseIcon, &CheckBox::SetMouseIcon);
 }
 
 void ZqCheckBox::SetMousePointer(int pointer)
 {
-    if (pointer == chkBox->MousePointer())
-        return;
-    chkBox->SetMousePointer(pointer);
-    PropertyChanged(QStringLiteral("MousePointer"));
+    WriteInner(QStringLiteral("MousePointer"), chkBox, pointer, &CheckBox::MousePointer, &CheckBox::SetMousePointer);
 }
 
 void ZqCheckBox::SetOLEDropMode(short mode)
 {
-    if (mode == chkBox->OLEDropMode())
-        return;
-    chkBox->SetOLEDropMode(mode);
-    PropertyChanged(QStringLiteral("OLEDropMode"));
+    WriteInner(QStringLiteral("OLEDropMode"), chkBox, mode, &CheckBox::OLEDropMode, &CheckBox::SetOLEDropMode);
 }
 
 void ZqCheckBox::SetPicture(const QString& fileName)
 {
-    if (fileName == chkBox->Picture())
-        return;
-    chkBox->SetPicture(fileName);
-    PropertyChanged(QStringLiteral("Picture"));
+    WriteInner(QStringLiteral("Picture"), chkBox, fileName, &CheckBox::Picture, &CheckBox::SetPicture);
 }
 
 void ZqCheckBox::SetToolTipText(const QString& text)
 {
-    if (text == chkBox->ToolTipText())
-        return;
-    chkBox->SetToolTipText(text);
-    PropertyChanged(QStringLiteral("ToolTipText"));
+    WriteInner(QStringLiteral("ToolTipText"), chkBox, text, &CheckBox::ToolTipText, &CheckBox::SetToolTipText);
 }
 
 void ZqCheckBox::SetUseMaskColor(bool use)
 {
-    if (use == chkBox->UseMaskColor())
-        return;
-    chkBox->SetUseMaskColor(use);
-    PropertyChanged(QStringLiteral("UseMaskColor"));
+    WriteInner(QStringLiteral("UseMaskColor"), chkBox, use, &CheckBox::UseMaskColor, &CheckBox::SetUseMaskColor);
 }
 
 void ZqCheckBox::SetWhatsThisHelpID(int id)
 {
-    if (id == chkBox->WhatsThisHelpID())
-        return;
-    chkBox->SetWhatsThisHelpID(id);
-    PropertyChanged(QStringLiteral("WhatsThisHelpID"));
+    WriteInner(QStringLiteral("WhatsThisHelpID"), chkBox, id, &CheckBox::WhatsThisHelpID, &CheckBox::SetWhatsThisHelpID);
 }
 
 void ZqCheckBox::InitProperties()

@@ -158,18 +158,12 @@ void ZqText::SetTabStop(bool tabStop)
 
 void ZqText::SetBackColor(OleColor color)
 {
-    if (color == txt->BackColor())
-        return;
-    txt->SetBackColor(color);
-    PropertyChanged(QStringLiteral("BackColor"));
+    WriteInner(QStringLiteral("BackColor"), txt, color, &TextBox::BackColor, &TextBox::SetBackColor);
 }
 
 void ZqText::SetForeColor(OleColor color)
 {
-    if (color == txt->ForeColor())
-        return;
-    txt->SetForeColor(color);
-    PropertyChanged(QStringLiteral("ForeColor"));
+    WriteInner(QStringLiteral("ForeColor"), txt, color, &TextBox::ForeColor, &TextBox::SetForeColor);
 }
 
 void ZqText::SetEnabled(bool enabled)
@@ -194,74 +188,47 @@ void ZqText::SetFontObject(QObject* font)
 
 void ZqText::SetBorderStyle(short style)
 {
-    if (style == txt->BorderStyle())
-        return;
-    txt->SetBorderStyle(style);
-    PropertyChanged(QStringLiteral("BorderStyle"));
+    WriteInner(QStringLiteral("BorderStyle"), txt, style, &TextBox::BorderStyle, &TextBox::SetBorderStyle);
 }
 
 void ZqText::SetAlignment(short alignment)
 {
-    if (alignment == txt->Alignment())
-        return;
-    txt->SetAlignment(alignment);
-    PropertyChanged(QStringLiteral("Alignment"));
+    WriteInner(QStringLiteral("Alignment"), txt, alignment, &TextBox::Alignment, &TextBox::SetAlignment);
 }
 
 void ZqText::SetAppearance(short appearance)
 {
-    if (appearance == txt->Appearance())
-        return;
-    txt->SetAppearance(appearance);
-    PropertyChanged(QStringLiteral("Appearance"));
+    WriteInner(QStringLiteral("Appearance"), txt, appearance, &TextBox::Appearance, &TextBox::SetAppearance);
 }
 
 void ZqText::SetLocked(bool locked)
 {
-    if (locked == txt->Locked())
-        return;
-    txt->SetLocked(locked);
-    PropertyChanged(QStringLiteral("Locked"));
+    WriteInner(QStringLiteral("Locked"), txt, locked, &TextBox::Locked, &TextBox::SetLocked);
 }
 
 void ZqText::SetMaxLength(int length)
 {
-    if (length == txt->MaxLength())
-        return;
-    txt->SetMaxLength(length);
-    PropertyChanged(QStringLiteral("MaxLength"));
+    WriteInner(QStringLiteral("MaxLength"), txt, length, &TextBox::MaxLength, &TextBox::SetMaxLength);
 }
 
 void ZqText::SetPasswordChar(const QString& passwordChar)
 {
-    if (passwordChar == txt->PasswordChar())
-        return;
-    txt->SetPasswordChar(passwordChar);
-    PropertyChanged(QStringLiteral("PasswordChar"));
+    WriteInner(QStringLiteral("PasswordChar"), txt, passwordChar, &TextBox::PasswordChar, &TextBox::SetPasswordChar);
 }
 
 void ZqText::SetRightToLeft(bool rightToLeft)
 {
-    if (rightToLeft == txt->RightToLeft())
-        return;
-    txt->SetRightToLeft(rightToLeft);
-    PropertyChanged(QStringLiteral("RightToLeft"));
+    WriteInner(QStringLiteral("RightToLeft"), txt, rightToLeft, &TextBox::RightToLeft, &TextBox::SetRightToLeft);
 }
 
 void ZqText::SetMousePointer(int pointer)
 {
-    if (pointer == txt->MousePointer())
-        return;
-    txt->SetMousePointer(pointer);
-    PropertyChanged(QStringLiteral("MousePointer"));
+    WriteInner(QStringLiteral("MousePointer"), txt, pointer, &TextBox::MousePointer, &TextBox::SetMousePointer);
 }
 
 void ZqText::SetMouseIcon(const QString& fileName)
 {
-    if (fileName == txt->MouseIcon())
-        return;
-    txt->SetMouseIcon(fileName);
-    PropertyChanged(QStringLiteral("MouseIcon"));
+    WriteInner(QStringLiteral("MouseIcon"), txt, fileName, &TextBox::MouseIcon, &TextBox::SetMouseIcon);
 }
 
 void ZqText::InitProperties()

@@ -114,6 +114,10 @@ TEST(FormFile, SaveKeepsOnlyNonDefaultsAndRoundTripsByteForByte)
     auto* name = qobject_cast<TextBox*>(loaded->FindControl(QStringLiteral("txtName")));
     ASSERT_NE(name, nullptr);
     EXPECT_EQ(name->Text(), "O'Neil; DROP TABLE");
+
+    name->SetWidth(0);
+    auto narrowed = FormFile::FromJson(FormFile::ToJson(*loaded), QStringLiteral("narrowed"));
+    EXPECT_EQ(narrowed->FindControl(QStringLiteral("txtName"))->Width(), 0) << "a width of 0 is kept, not taken for none";
     EXPECT_EQ(name->ContainerObject(), loaded->FindControl(QStringLiteral("fraDetails")));
 }
 

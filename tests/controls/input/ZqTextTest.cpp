@@ -271,23 +271,25 @@ TEST_F(ZqTextTest, PersistenceStoresOnlyWhatDiffersAndRefusesBadValues)
 
     ZqText box(form.Client());
     box.SetText(QStringLiteral("kept"));
+    PropertyBag before;
+    box.WriteProperties(before);
     QSignalSpy changed(&box, &UserControl::PropertyChangedNotification);
-    EXPECT_EQ(test::ErrorOf([&] { box.SetBorderStyle(2); }), vbErrInvalidPropertyValue);
-    EXPECT_EQ(test::ErrorOf([&] { box.SetAlignment(3); }), vbErrInvalidPropertyValue);
-    EXPECT_EQ(test::ErrorOf([&] { box.SetAppearance(2); }), vbErrInvalidPropertyValue);
-    EXPECT_EQ(test::ErrorOf([&] { box.SetMaxLength(-1); }), vbErrInvalidPropertyValue);
-    EXPECT_EQ(test::ErrorOf([&] { box.SetPasswordChar(QStringLiteral("**")); }), vbErrInvalidPropertyValue);
-    EXPECT_EQ(test::ErrorOf([&] { box.SetMousePointer(42); }), vbErrInvalidPropertyValue);
-    EXPECT_EQ(test::ErrorOf([&] { box.SetFontObject(nullptr); }), vbErrInvalidPropertyValue);
-    EXPECT_EQ(test::ErrorOf([&] { box.SetMouseIcon(dir.filePath(QStringLiteral("missing.ico"))); }), 481);
-    EXPECT_EQ(changed.count(), 0) << "a refused value is no change";
-    EXPECT_EQ(box.BorderStyle(), 1);
-    EXPECT_EQ(box.Alignment(), 0);
-    EXPECT_EQ(box.MaxLength(), 0);
-    EXPECT_EQ(box.PasswordChar(), "");
-    EXPECT_EQ(box.MousePointer(), 0);
-    EXPECT_EQ(box.MouseIcon(), "");
-    EXPECT_EQ(box.Text(), "kept");
+    const std::pair<std::function<void()>, int> refused[] = {
+        {[&] { box.SetBorderStyle(2); }, vbErrInvalidPropertyValue},
+        {[&] { box.SetAlignment(3); }, vbErrInvalidPropertyValue},
+        {[&] { box.SetAppearance(2); }, vbErrInvalidPropertyValue},
+        {[&] { box.SetMaxLength(-1); }, vbErrInvalidPropertyValue},
+        {[&] { box.SetPasswordChar(QStringLiteral("**")); }, vbErrInvalidPropertyValue},
+        {[&] { box.SetMousePointer(42); }, vbErrInvalidPropertyValue},
+        {[&] { box.SetFontObject(nullptr); }, vbErrInvalidPropertyValue},
+        {[&] { box.SetMouseIcon(dir.filePath(QStringLiteral("missing.ico"))); }, 481},
+    };
+    for (const auto& [call, error] : refused)
+        EXPECT_EQ(test::ErrorOf(call), error);
+    PropertyBag after;
+    box.WriteProperties(after);
+    EXPECT_EQ(after.Values(), before.Values()) << "a refused value changes nothing";
+    EXPECT_EQ(changed.count(), 0);
 }
 
 TEST_F(ZqTextTest, NewControlIsNamedRegisteredAndFillsItsArea)

@@ -59,6 +59,7 @@ int main(int argc, char** argv)
     main.Show();
     main.OpenForm(QStringLiteral("frmWelcome"));
     main.OpenForm(QStringLiteral("frmLabels"));
+    main.OpenForm(QStringLiteral("frmInputs"));
     main.Area()->tileSubWindows();
 
     if (parser.isSet(screenshot)) {

@@ -162,6 +162,10 @@ private:
     quint64 mCreationOrder = 0;
 };
 
+// The control of the form that `widget` belongs to: the nearest control around it, or the user
+// control built from it; nullptr outside any control.
+Control* FormLevelControl(QWidget* widget);
+
 // Windows virtual-key code of a Qt key (A-Z 65-90, 0-9 48-57, F1 112, Enter 13, Delete 46 ...);
 // 0 for keys without one.
 short VirtualKeyOf(int qtKey, Qt::KeyboardModifiers modifiers);

@@ -117,7 +117,8 @@ Variant PropertyBag::ReadProperty(const QString& name, const Variant& defaultVal
 
 void PropertyBag::WriteProperty(const QString& name, const Variant& value, const Variant& defaultValue)
 {
-    if (SameValue(value, defaultValue)) {
+    // Without a default (Empty) the value is always stored: a size of 0 is not "no size".
+    if (!defaultValue.IsEmpty() && SameValue(value, defaultValue)) {
         mValues.remove(name);
         return;
     }

@@ -37,7 +37,9 @@ public:
 protected:
     // Where colours and font are shown: the inner widget, or the control itself.
     virtual QWidget* StyledWidget() { return InputWidget() ? InputWidget() : this; }
-    void ApplyStyle();
+    // Shows the colours and font on the styled widget; a control whose colours depend on its
+    // state (a negative number in its own colour) adds to it.
+    virtual void ApplyStyle();
 
 private:
     OleColor mBackColor;

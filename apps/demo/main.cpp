@@ -52,6 +52,7 @@ int main(int argc, char** argv)
     korvex::clsPublic::Global().InitZqControls(&user, korvex::Screen::Instance(), &main);
     main.Show();
     main.OpenForm(QStringLiteral("frmWelcome"));
+    main.OpenForm(QStringLiteral("frmNumbers"));
 
     if (parser.isSet(screenshot)) {
         QApplication::processEvents();

@@ -441,6 +441,23 @@ TEST(ZqNumber, PersistenceKeepsOnlyWhatDiffersFromTheDefaults)
     EXPECT_EQ(rewritten.Values(), bag.Values());
 }
 
+TEST(ZqNumber, AGermanFormReadsBackTheAmountsItWrote)
+{
+    test::PinnedSettings pin(RegionalSettings::German());
+    ZqNumber n;
+    n.InitProperties();
+    n.SetMaxValue(Cur(1234.5));
+    n.SetValue(Cur(12.25));
+    PropertyBag bag;
+    n.WriteProperties(bag);
+    ZqNumber loaded;
+    PropertyBag again(bag.Values());
+    loaded.ReadProperties(again);
+    EXPECT_EQ(loaded.MaxValue(), Cur(1234.5)) << "not 12345: stored amounts ignore the regional symbols";
+    EXPECT_EQ(loaded.Value(), Cur(12.25));
+    EXPECT_EQ(loaded.DisplayText(), "12,25");
+}
+
 TEST(ZqNumber, RefusedValuesLeaveTheFieldAsItWas)
 {
     test::PinnedSettings pin;

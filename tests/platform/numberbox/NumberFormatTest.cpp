@@ -172,6 +172,8 @@ TEST(NumberFormat, EditTextsReadAsExactValues)
     EXPECT_EQ(*NumberEditValidator::ValueOf("1234.56", "."), Variant(Currency::FromScaled(12345600)));
     EXPECT_EQ(*NumberEditValidator::ValueOf("-0,0001", ","), Variant(Currency::FromScaled(-1)));
     EXPECT_EQ(*NumberEditValidator::ValueOf("1.23456", "."), Variant(1.23456)) << "more than four decimals: Double";
+    EXPECT_EQ(*NumberEditValidator::ValueOf("922337203685477.58070000", "."), Variant(Currency::FromScaled(std::numeric_limits<std::int64_t>::max())))
+        << "zeros beyond the fourth decimal keep the amount exact";
     EXPECT_EQ(*NumberEditValidator::ValueOf("99999999999999999999", "."), Variant(1e20)) << "beyond currency: Double";
     EXPECT_FALSE(NumberEditValidator::ValueOf("1,5", ".")) << "the other symbol is no decimal point";
     EXPECT_FALSE(NumberEditValidator::ValueOf(QString(400, QLatin1Char('9')), ".")) << "beyond a Double";

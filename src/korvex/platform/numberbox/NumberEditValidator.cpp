@@ -106,7 +106,8 @@ std::optional<Variant> NumberEditValidator::ValueOf(const QString& text, const Q
         return std::nullopt;
     const DecimalDigits digits = DecimalDigits::FromParts(shape->negative, (shape->integerDigits + shape->fractionDigits).toStdString(),
                                                           -static_cast<int>(shape->fractionDigits.size()));
-    if (shape->fractionDigits.size() <= 4) {
+    // Decimals beyond the fourth that are all zeros still make an exact currency amount.
+    if (digits.Exponent >= -4) {
         if (const auto scaled = digits.ToScaledInteger(4))
             return Variant(Currency::FromScaled(*scaled));
     }

@@ -26,8 +26,8 @@ public:
     State validate(QString& input, int& pos) const override;
 
     // The value of an edit text: Null for an empty text, 0 for a sign or decimal symbol alone,
-    // otherwise Currency when it has at most four decimals and fits, else Double; nullopt for a
-    // text that is no number or does not fit a Double.
+    // otherwise Currency when it fits with four decimals exactly ("1.50000" does), else Double;
+    // nullopt for a text that is no number or does not fit a Double.
     static std::optional<Variant> ValueOf(const QString& text, const QString& decimalSymbol);
 
 private:

@@ -1,0 +1,388 @@
+// Row storage, row states, pending changes and the change log of a recordset and its clones.
+#include "korvex/platform/ado/RecordsetStore.h"
+
+#include "korvex/platform/ado/AdoError.h"
+#include "korvex/platform/ado/RecordsetProvider.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+
+namespace korvex::ado {
+namespace {
+
+// Longer logs are dropped: replaying them would cost more than rebuilding a view.
+constexpr std::size_t MaxLogEntries = std::size_t{1} << 16;
+constexpr double TagScale = 4294967296.0;
+constexpr std::uint32_t TagLimit = (1u << 20) - 1;
+
+std::uint32_t NextBookmarkTag()
+{
+    static std::atomic<std::uint32_t> next{0};
+    return next.fetch_add(1) % TagLimit + 1;
+}
+
+}  // namespace
+
+RecordsetStore::RecordsetStore(std::vector<FieldDef> fields)
+    : mFields(std::move(fields)), mBookmarkTag(NextBookmarkTag())
+{
+    mColumns.reserve(mFields.size());
+    for (const FieldDef& field : mFields)
+        mColumns.emplace_back(field);
+    mIndexes.resize(mFields.size());
+    mOptimized.resize(mFields.size(), 0);
+}
+
+RecordsetStore::~RecordsetStore() = default;
+
+int RecordsetStore::FieldIndexOf(QStringView name) const
+{
+    for (int i = 0; i < FieldCount(); ++i) {
+        if (name.compare(mFields[static_cast<std::size_t>(i)].Name, Qt::CaseInsensitive) == 0)
+            return i;
+    }
+    return -1;
+}
+
+RowId RecordsetStore::AppendRow(std::span<const Variant> values)
+{
+    if (values.size() > mFields.size())
+        RaiseAdo(adErrInvalidArgument);
+    std::vector<Variant> converted(mFields.size(), Null);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        if (values[i].IsNull() || values[i].IsEmpty())
+            continue;  // the data source's Null stands, whatever the field's attributes say
+        FieldInput input = ConvertForField(values[i], mFields[i]);
+        if (input.status != adFieldOK)
+            RaiseAdo(adErrMultipleStep, FieldSource);
+        converted[i] = std::move(input.value);
+    }
+    const auto row = static_cast<RowId>(mState.size());
+    mState.push_back(adRecUnmodified);
+    for (std::size_t i = 0; i < mColumns.size(); ++i) {
+        mColumns[i].Append(converted[i]);
+        if (mIndexes[i])
+            mIndexes[i]->Add(row);
+    }
+    Show(row);
+    ApplyVisibility();
+    Log(row, ChangeKind::Added, nullptr);
+    return row;
+}
+
+Variant RecordsetStore::OriginalValue(RowId row, int field) const
+{
+    if (mState[row] & (AddingFlag | adRecNew))
+        return {};
+    if (auto it = mOriginals.find(row); it != mOriginals.end())
+        return it->second[static_cast<std::size_t>(field)];
+    return Value(row, field);
+}
+
+Variant RecordsetStore::UnderlyingValue(RowId row, int field) const
+{
+    if (auto it = mUnderlying.find(row); it != mUnderlying.end()) {
+        if (auto f = it->second.find(field); f != it->second.end())
+            return f->second;
+    }
+    return OriginalValue(row, field);
+}
+
+RowId RecordsetStore::BeginAdd()
+{
+    const auto row = static_cast<RowId>(mState.size());
+    mState.push_back(AddingFlag | adRecNew);
+    for (Column& column : mColumns)
+        column.Append(Null);
+    return row;
+}
+
+void RecordsetStore::CommitAdd(RowId row, const void* origin, bool pending)
+{
+    mState[row] = pending ? adRecNew : adRecOK;
+    if (pending)
+        mPending.insert(row);
+    for (std::size_t i = 0; i < mIndexes.size(); ++i) {
+        if (mIndexes[i])
+            mIndexes[i]->Add(row);
+    }
+    Show(row);
+    ApplyVisibility();
+    Log(row, ChangeKind::Added, origin);
+}
+
+void RecordsetStore::DiscardAdd(RowId row, const void*)
+{
+    // Nobody but the adding recordset ever saw the row: nothing to tell the other views.
+    mState[row] = GoneFlag | adRecDeleted;
+}
+
+void RecordsetStore::WriteColumn(RowId row, int field, const Variant& value)
+{
+    FieldIndex* index = (mState[row] & AddingFlag) ? nullptr : mIndexes[static_cast<std::size_t>(field)].get();
+    if (index)
+        index->Remove(row);
+    mColumns[static_cast<std::size_t>(field)].Set(row, value);
+    if (index)
+        index->Add(row);
+}
+
+void RecordsetStore::WriteValue(RowId row, int field, const Variant& value)
+{
+    if (!(mState[row] & (AddingFlag | adRecNew))) {
+        if (!mOriginals.contains(row)) {
+            std::vector<Variant> originals;
+            originals.reserve(mColumns.size());
+            for (const Column& column : mColumns)
+                originals.push_back(column.Get(row));
+            mOriginals.emplace(row, std::move(originals));
+        }
+        mState[row] |= adRecModified;
+        mState[row] &= ~static_cast<std::uint32_t>(adRecUnmodified);
+        mPending.insert(row);
+    }
+    WriteColumn(row, field, value);
+}
+
+void RecordsetStore::MarkDeleted(std::span<const RowId> rows, const void* origin)
+{
+    for (RowId row : rows)
+        MarkDeletedRow(row, origin);
+    ApplyVisibility();
+}
+
+void RecordsetStore::Remove(std::span<const RowId> rows, const void* origin)
+{
+    for (RowId row : rows)
+        RemoveRow(row, origin);
+    ApplyVisibility();
+}
+
+void RecordsetStore::MarkDeletedRow(RowId row, const void* origin)
+{
+    if (IsGone(row) || (mState[row] & adRecDeleted))
+        return;
+    if (mState[row] & adRecNew) {
+        RemoveRow(row, origin);  // never sent: there is nothing to delete at the data source
+        return;
+    }
+    mState[row] |= adRecDeleted;
+    mPending.insert(row);
+    Hide(row);
+    Log(row, ChangeKind::Deleted, origin);
+}
+
+void RecordsetStore::RemoveRow(RowId row, const void* origin)
+{
+    if (IsGone(row))
+        return;
+    if (IsVisible(row))
+        Hide(row);
+    mState[row] = GoneFlag | adRecDeleted;
+    mPending.erase(row);
+    ForgetChanges(row);
+    Log(row, ChangeKind::Removed, origin);
+}
+
+void RecordsetStore::ForgetChanges(RowId row)
+{
+    mOriginals.erase(row);
+    mUnderlying.erase(row);
+}
+
+void RecordsetStore::RestoreOriginals(RowId row)
+{
+    auto it = mOriginals.find(row);
+    if (it == mOriginals.end())
+        return;
+    for (int i = 0; i < FieldCount(); ++i)
+        WriteColumn(row, i, it->second[static_cast<std::size_t>(i)]);
+    mOriginals.erase(it);
+}
+
+void RecordsetStore::AcceptChanges(std::span<const RowId> rows, const void* origin)
+{
+    for (RowId row : rows) {
+        if (IsGone(row) || (mState[row] & AddingFlag))
+            continue;
+        if (mState[row] & adRecDeleted) {
+            RemoveRow(row, origin);
+            continue;
+        }
+        mState[row] = adRecOK;
+        mPending.erase(row);
+        ForgetChanges(row);
+    }
+    ApplyVisibility();
+}
+
+void RecordsetStore::CancelChanges(std::span<const RowId> rows, const void* origin)
+{
+    bool restored = false;
+    for (RowId row : rows) {
+        if (IsGone(row) || (mState[row] & AddingFlag))
+            continue;
+        if (mState[row] & adRecNew) {
+            RemoveRow(row, origin);
+            continue;
+        }
+        RestoreOriginals(row);
+        if (mState[row] & adRecDeleted) {
+            Show(row);
+            restored = true;
+        }
+        mState[row] = adRecUnmodified;
+        mPending.erase(row);
+    }
+    ApplyVisibility();
+    if (restored)
+        DropLog();  // rows came back: every view rebuilds to take them in again
+}
+
+void RecordsetStore::AddStatusFlags(RowId row, int flags)
+{
+    mState[row] |= static_cast<std::uint32_t>(flags) & StatusMask;
+}
+
+void RecordsetStore::SetUnderlyingValue(RowId row, int field, const Variant& value)
+{
+    mUnderlying[row][field] = value;
+}
+
+void RecordsetStore::ReplaceValues(RowId row, std::span<const Variant> values)
+{
+    for (std::size_t i = 0; i < values.size() && i < mFields.size(); ++i) {
+        Variant value = Null;
+        if (!values[i].IsNull() && !values[i].IsEmpty()) {
+            FieldInput input = ConvertForField(values[i], mFields[i]);
+            if (input.status != adFieldOK)
+                RaiseAdo(adErrMultipleStep, FieldSource);
+            value = std::move(input.value);
+        }
+        WriteColumn(row, static_cast<int>(i), value);
+    }
+    ForgetChanges(row);
+    mPending.erase(row);
+    const bool wasDeleted = (mState[row] & adRecDeleted) != 0;
+    mState[row] = adRecUnmodified;
+    if (wasDeleted) {
+        Show(row);
+        ApplyVisibility();
+        DropLog();
+    }
+}
+
+void RecordsetStore::SetOptimized(int field, bool on)
+{
+    const auto f = static_cast<std::size_t>(field);
+    mOptimized[f] = on ? 1 : 0;
+    if (!on || !mFields[f].IsText()) {
+        mIndexes[f].reset();
+        return;
+    }
+    if (mIndexes[f])
+        return;
+    std::vector<RowId> rows;
+    rows.reserve(mState.size());
+    for (RowId row = 0; row < RowCount(); ++row) {
+        if (!(mState[row] & (AddingFlag | GoneFlag)))
+            rows.push_back(row);
+    }
+    mIndexes[f] = std::make_unique<FieldIndex>(mColumns[f], rows);
+}
+
+Variant RecordsetStore::BookmarkOf(RowId row) const
+{
+    return Variant(static_cast<double>(mBookmarkTag) * TagScale + static_cast<double>(row) + 1.0);
+}
+
+std::optional<RowId> RecordsetStore::RowOfBookmark(const Variant& bookmark) const
+{
+    // Bookmarks are compared without coercion: only a Double can be one.
+    const double* value = bookmark.As<double>();
+    if (!value || !(*value >= 1.0 && *value < TagScale * (TagLimit + 1.0)) || std::floor(*value) != *value)
+        return std::nullopt;
+    const auto bits = static_cast<std::uint64_t>(*value);
+    if ((bits >> 32) != mBookmarkTag || (bits & 0xFFFFFFFFu) == 0)
+        return std::nullopt;
+    const auto row = static_cast<RowId>((bits & 0xFFFFFFFFu) - 1);
+    if (row >= RowCount() || IsGone(row))
+        return std::nullopt;
+    return row;
+}
+
+std::optional<std::span<const RecordsetStore::Change>> RecordsetStore::ChangesSince(std::uint64_t version) const
+{
+    if (version < mLogBase || version > Version())
+        return std::nullopt;
+    return std::span<const Change>(mLog).subspan(static_cast<std::size_t>(version - mLogBase));
+}
+
+RecordsetProvider& RecordsetStore::Provider() const
+{
+    static RecordsetProvider fabricated;
+    return mProvider ? *mProvider : fabricated;
+}
+
+void RecordsetStore::Show(RowId row)
+{
+    if (mVisible.empty() || mVisible.back() < row)
+        mVisible.push_back(row);  // the common case: a new row, after all others
+    else
+        mShowing.push_back(row);
+}
+
+void RecordsetStore::Hide(RowId row)
+{
+    mHiding.push_back(row);
+}
+
+void RecordsetStore::ApplyVisibility()
+{
+    if (mHiding.size() == 1) {
+        auto it = std::lower_bound(mVisible.begin(), mVisible.end(), mHiding[0]);
+        if (it != mVisible.end() && *it == mHiding[0])
+            mVisible.erase(it);
+    } else if (!mHiding.empty()) {
+        std::sort(mHiding.begin(), mHiding.end());
+        std::erase_if(mVisible, [&](RowId row) { return std::binary_search(mHiding.begin(), mHiding.end(), row); });
+    }
+    mHiding.clear();
+    if (!mShowing.empty()) {
+        std::sort(mShowing.begin(), mShowing.end());
+        std::vector<RowId> merged;
+        merged.reserve(mVisible.size() + mShowing.size());
+        std::merge(mVisible.begin(), mVisible.end(), mShowing.begin(), mShowing.end(), std::back_inserter(merged));
+        mVisible = std::move(merged);
+        mShowing.clear();
+    }
+}
+
+void RecordsetStore::Log(RowId row, ChangeKind kind, const void* origin)
+{
+    if (mLog.size() >= MaxLogEntries)
+        DropLog();
+    mLog.push_back({row, kind, origin});
+}
+
+void RecordsetStore::DropLog()
+{
+    mLogBase += mLog.size() + 1;
+    mLog.clear();
+}
+
+std::size_t RecordsetStore::BytesAllocated() const noexcept
+{
+    std::size_t bytes = mState.capacity() * sizeof(std::uint32_t) + mVisible.capacity() * sizeof(RowId) +
+                        mLog.capacity() * sizeof(Change);
+    for (const Column& column : mColumns)
+        bytes += column.BytesAllocated();
+    for (const auto& index : mIndexes) {
+        if (index)
+            bytes += index->BytesAllocated();
+    }
+    return bytes;
+}
+
+}  // namespace korvex::ado

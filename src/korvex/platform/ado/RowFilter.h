@@ -1,0 +1,59 @@
+// Criteria bound to the fields of a store: each clause knows its column and holds its value in the
+// column's terms (folded text, a number, a day serial), so testing a row touches no Variant.
+// Selecting rows asks the field indexes first and scans only what they cannot answer.
+#pragma once
+
+#include "korvex/platform/ado/Criteria.h"
+#include "korvex/platform/ado/RecordsetStore.h"
+#include "korvex/platform/ado/TextCompare.h"
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace korvex::ado {
+
+class RowFilter {
+public:
+    // Raises 3001 for a field the store lacks or a value the field's type cannot compare with.
+    // The filter reads `store`, which must outlive it.
+    RowFilter(const CriteriaNode& criteria, const RecordsetStore& store);
+
+    bool Matches(RowId row) const;
+    // The visible rows that match, ascending.
+    std::vector<RowId> Select() const;
+    // Rows that may match, ascending, when field indexes can tell (every row that matches is among
+    // them); nullopt when only a scan can.
+    std::optional<std::vector<RowId>> Candidates() const;
+    // Find takes one clause.
+    bool IsSingleClause() const noexcept { return mRoot.kind == Node::Kind::Clause; }
+
+private:
+    enum class Test : unsigned char { IsNull, IsNotNull, Text, Number, LikeText, LikeOther };
+    enum class Shape : unsigned char { Exact, StartsWith, EndsWith, Contains, Anything };
+
+    struct Node {
+        enum class Kind : unsigned char { Clause, And, Or };
+        Kind kind = Kind::Clause;
+        std::vector<Node> children;
+        int field = -1;
+        CriteriaOp op = CriteriaOp::Equal;
+        Test test = Test::IsNull;
+        Shape shape = Shape::Exact;
+        QString text;
+        double number = 0;
+        std::shared_ptr<const NoCaseSearcher> searcher;
+    };
+
+    Node Bind(const CriteriaNode& criteria) const;
+    void BindComparison(Node& node, const CriteriaValue& value) const;
+    void BindLike(Node& node, const CriteriaValue& value) const;
+    bool Matches(const Node& node, RowId row) const;
+    bool MatchesText(const Node& node, QStringView text) const;
+    std::optional<std::vector<RowId>> Candidates(const Node& node) const;
+
+    const RecordsetStore& mStore;
+    Node mRoot;
+};
+
+}  // namespace korvex::ado

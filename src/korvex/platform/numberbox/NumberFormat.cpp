@@ -2,6 +2,8 @@
 // value's exact digits laid into them.
 #include "korvex/platform/numberbox/NumberFormat.h"
 
+#include "korvex/runtime/Format.h"
+
 #include <QStringList>
 
 #include <cmath>
@@ -45,18 +47,6 @@ Section ParseSection(const QString& text)
     return s;
 }
 
-QString Grouped(const QString& digits, const QString& separator)
-{
-    QString out;
-    const qsizetype n = digits.size();
-    for (qsizetype i = 0; i < n; ++i) {
-        if (i > 0 && (n - i) % 3 == 0)
-            out += separator;
-        out += digits[i];
-    }
-    return out;
-}
-
 // Lays a magnitude, already rounded to the section's decimals, into the section.
 QString RenderSection(const Section& s, const DecimalDigits& magnitude, const NumberSeparators& separators)
 {
@@ -85,7 +75,7 @@ QString RenderSection(const Section& s, const DecimalDigits& magnitude, const Nu
             if (s.grouping) {
                 // Grouped digits cannot be spread over positions: all of them go to the first.
                 if (slot == 0)
-                    out += Grouped(integerDigits, separators.Thousands);
+                    out += GroupDigits(integerDigits, separators.Thousands);
                 continue;
             }
             // Digits fill the positions from the right; any surplus goes to the first one.

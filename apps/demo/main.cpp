@@ -60,6 +60,7 @@ int main(int argc, char** argv)
     main.OpenForm(QStringLiteral("frmWelcome"));
     main.OpenForm(QStringLiteral("frmLabels"));
     main.OpenForm(QStringLiteral("frmInputs"));
+    main.OpenForm(QStringLiteral("frmNumbers"));
     main.Area()->tileSubWindows();
 
     if (parser.isSet(screenshot)) {

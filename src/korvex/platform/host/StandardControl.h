@@ -46,7 +46,9 @@ public:
 protected:
     // Where colours, font and cursor are shown: the inner widget, or the control itself.
     virtual QWidget* StyledWidget() { return InputWidget() ? InputWidget() : this; }
-    void ApplyStyle();
+    // Shows the colours and font on the styled widget; a control whose colours depend on its
+    // state (a negative number in its own colour) adds to it.
+    virtual void ApplyStyle();
 
 private:
     void ApplyCursor();

@@ -18,6 +18,7 @@
 #include "tests/support/Printers.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QJsonDocument>
 #include <QLineEdit>
 #include <QSignalSpy>
@@ -203,6 +204,51 @@ TEST(ZqNumber, TypingUsesTheRegionalDecimalSymbolAndTheIntegerPositions)
     QTest::keyClicks(f.Line(), QStringLiteral("1234,567"));
     EXPECT_EQ(f.number->DisplayText(), "123,56") << "a fourth integer digit and a third decimal are refused";
     EXPECT_EQ(f.number->Value(), Cur(123.56));
+}
+
+// The binding layer reads Value late bound on Change, Validate and LostFocus and when it saves
+// while the field still has the focus: each time it must get the number the text shows.
+TEST(ZqNumber, ValueFollowsTheTypedTextWhileTheFieldHasTheFocus)
+{
+    NumberOnForm f;
+    f.Range(-1000, 1000);
+    f.number->SetValue(Cur(5));
+    QStringList seen;
+    const auto lateBound = [&] { return GetProperty(f.number, QStringLiteral("Value")); };
+    QObject::connect(f.number, &ZqNumber::Change, [&] { seen << f.number->DisplayText() + "=" + CStr(lateBound()); });
+    ASSERT_TRUE(f.Focus());
+    f.SelectAll();
+    QTest::keyClicks(f.Line(), QStringLiteral("12.5"));
+    EXPECT_EQ(seen, (QStringList{"1=1", "12=12", "12.=12", "12.5=12.5"})) << "read in each Change";
+    EXPECT_EQ(lateBound(), Cur(12.5));
+    QTest::keyClick(f.Line(), Qt::Key_Minus);
+    EXPECT_EQ(lateBound(), Cur(-12.5)) << "the sign key";
+    QTest::keyClick(f.Line(), Qt::Key_Backspace);
+    EXPECT_EQ(f.number->DisplayText(), "-12.");
+    EXPECT_EQ(lateBound(), Cur(-12));
+    EXPECT_EQ(f.number->c1Number()->Value(), lateBound()) << "the wrapper and its inner box agree";
+
+    QApplication::clipboard()->setText(QStringLiteral("1,000"));
+    f.SelectAll();
+    f.Line()->paste();
+    EXPECT_EQ(lateBound(), Cur(1000)) << "a pasted number";
+    QTest::keyClick(f.Line(), Qt::Key_Backspace);
+    EXPECT_EQ(lateBound(), Cur(100));
+    f.Line()->undo();
+    EXPECT_EQ(f.number->DisplayText(), "1000");
+    EXPECT_EQ(lateBound(), Cur(1000)) << "undone";
+
+    Variant atValidate;
+    Variant atLostFocus;
+    QObject::connect(f.number, &Control::Validate, [&](bool&) { atValidate = lateBound(); });
+    QObject::connect(f.number, &Control::LostFocus, [&] { atLostFocus = lateBound(); });
+    f.SelectAll();
+    QTest::keyClicks(f.Line(), QStringLiteral("750"));
+    f.other->SetFocus();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return f.other->LineEdit()->hasFocus(); }, 1000));
+    EXPECT_EQ(atValidate, Cur(750));
+    EXPECT_EQ(atLostFocus, Cur(750));
+    EXPECT_EQ(f.number->DisplayText(), "750.00");
 }
 
 TEST(ZqNumber, DeletingTheWholeTextGivesNullZeroOrTheMinimum)

@@ -1,10 +1,14 @@
 // The Korvex demo: an MDI main form with the library initialised and the demo's forms inside.
 // With --screenshot DIR it renders every open form to DIR/<form name>.png and exits, for
 // machines without a display.
+#include "CustomerScreen.h"
+#include "DemoDatabase.h"
 #include "MainForm.h"
 
 #include "korvex/core/clsPublic.h"
 #include "korvex/core/clsZqUser.h"
+#include "korvex/data/DataBindingSource.h"
+#include "korvex/platform/host/TextBox.h"
 #include "korvex/localisation/clsLanguage.h"
 #include "korvex/platform/host/Screen.h"
 #include "korvex/platform/system/SystemInfo.h"
@@ -12,7 +16,9 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
+#include <QLineEdit>
 #include <QMdiSubWindow>
+#include <QTemporaryDir>
 #include <QTimer>
 
 namespace {
@@ -30,6 +36,29 @@ bool SaveScreenshots(demo::MainForm& main, const QString& dir)
     bool ok = main.grab().save(QDir(dir).filePath(main.Name() + QStringLiteral(".png")));
     for (korvex::Form* child : main.Children())
         ok = child->grab().save(QDir(dir).filePath(child->Name() + QStringLiteral(".png"))) && ok;
+    return ok;
+}
+
+bool SaveFormShot(korvex::Form& form, const QString& dir, const QString& suffix)
+{
+    QApplication::processEvents();
+    return form.grab().save(QDir(dir).filePath(form.Name() + suffix + QStringLiteral(".png")));
+}
+
+// The customer form in each edit mode: viewing, editing with a changed name, saved, adding.
+bool ShootCustomerModes(korvex::Form& form, demo::CustomerScreen& screen, const QString& dir)
+{
+    korvex::DataBindingSource& source = screen.Source();
+    auto* name = static_cast<korvex::TextBox*>(form.FindControl(QStringLiteral("txtName")));
+    source.Edit();
+    name->LineEdit()->setFocus();
+    name->LineEdit()->setText(name->Text() + QStringLiteral(" (edited)"));
+    bool ok = SaveFormShot(form, dir, QStringLiteral("_Editing"));
+    source.Save();
+    ok = SaveFormShot(form, dir, QStringLiteral("_Saved")) && ok;
+    source.Add();
+    ok = SaveFormShot(form, dir, QStringLiteral("_Adding")) && ok;
+    source.Cancel();
     return ok;
 }
 
@@ -61,6 +90,12 @@ int main(int argc, char** argv)
     main.OpenForm(QStringLiteral("frmLabels"));
     main.OpenForm(QStringLiteral("frmInputs"));
     main.OpenForm(QStringLiteral("frmNumbers"));
+    // Screenshots work on a fresh database of their own; the demo keeps its data between runs.
+    QTemporaryDir scratch;
+    demo::OpenDemoDatabase(parser.isSet(screenshot) ? scratch.filePath(QStringLiteral("customers.db"))
+                                                    : demo::DefaultDatabasePath());
+    korvex::Form* customers = main.OpenForm(QStringLiteral("frmCustomers"));
+    auto* customerScreen = new demo::CustomerScreen(*customers);
     // Screenshots get a main window large enough that each tiled form shows at its designed size.
     if (parser.isSet(screenshot))
         main.resize(1280, 960);
@@ -69,6 +104,7 @@ int main(int argc, char** argv)
     if (parser.isSet(screenshot)) {
         QApplication::processEvents();
         bool ok = SaveScreenshots(main, parser.value(screenshot));
+        ok = ShootCustomerModes(*customers, *customerScreen, parser.value(screenshot)) && ok;
         // The labels once more in German, to show the captions come from the language file.
         korvex::clsLanguage::Global().LanguageInitialise(1, demo::LanguageFile());
         korvex::Form* german = main.OpenForm(QStringLiteral("frmLabels"));

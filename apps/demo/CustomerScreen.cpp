@@ -1,0 +1,104 @@
+// CustomerScreen: the customer form's buttons, the Ctrl+S shortcut that saves without taking
+// the focus from the box being typed in, and the edit mode shown as it changes.
+#include "CustomerScreen.h"
+
+#include "korvex/data/DataBindingSource.h"
+#include "korvex/data/clsDatabase.h"
+#include "korvex/platform/ado/Connection.h"
+#include "korvex/platform/ado/Recordset.h"
+#include "korvex/platform/host/Form.h"
+#include "korvex/platform/host/Label.h"
+#include "korvex/platform/system/MessageBoxService.h"
+#include "korvex/runtime/Conversions.h"
+
+#include <QShortcut>
+
+namespace demo {
+
+using namespace korvex;
+
+namespace {
+
+QString ModeName(int mode)
+{
+    switch (mode) {
+    case ZqDataEditing: return QStringLiteral("Editing");
+    case ZqDataAdding: return QStringLiteral("Adding");
+    default: return QStringLiteral("Viewing");
+    }
+}
+
+}  // namespace
+
+CustomerScreen::CustomerScreen(Form& form) : QObject(&form), mForm(form)
+{
+    mSource = qobject_cast<DataBindingSource*>(form.FindControl(QStringLiteral("dbsCustomer")));
+    connect(mSource, &DataBindingSource::RecordMove, this, [this](bool) { ShowState(); });
+    connect(mSource, &DataBindingSource::RecordEditStart, this, [this](int) { ShowState(); });
+
+    OnButton("cmdFirst", [this] { mRS->MoveFirst(); });
+    OnButton("cmdPrevious", [this] {
+        mRS->MovePrevious();
+        if (mRS->IsBOF())
+            mRS->MoveFirst();
+    });
+    OnButton("cmdNext", [this] {
+        mRS->MoveNext();
+        if (mRS->IsEOF())
+            mRS->MoveLast();
+    });
+    OnButton("cmdLast", [this] { mRS->MoveLast(); });
+    OnButton("cmdAdd", [this] { mSource->Add(); });
+    OnButton("cmdEdit", [this] { mSource->Edit(); });
+    OnButton("cmdSave", [this] { mSource->Save(); });
+    OnButton("cmdCancel", [this] { mSource->Cancel(); });
+    OnButton("cmdDelete", [this] { mSource->Delete(); });
+    auto* save = new QShortcut(QKeySequence::Save, &form);
+    connect(save, &QShortcut::activated, this, [this] { Run([this] { mSource->Save(); }); });
+
+    mRS = std::make_shared<ado::Recordset>();
+    mRS->Open(Variant(QStringLiteral("SELECT * FROM customers ORDER BY \"CustomerId\"")),
+              Variant(static_cast<QObject*>(clsDatabase::Global().gcn().get())), ado::adOpenStatic,
+              ado::adLockBatchOptimistic);
+    mSource->SetRecordset(mRS);
+    ShowState();
+}
+
+void CustomerScreen::Run(const std::function<void()>& action)
+{
+    try {
+        action();
+    } catch (const Error& error) {
+        MsgBox(error.Description(), vbExclamation, mForm.Caption(), &mForm);
+    }
+    ShowState();
+}
+
+void CustomerScreen::OnButton(const char* name, std::function<void()> action)
+{
+    Control* button = mForm.FindControl(QString::fromLatin1(name));
+    connect(button, &Control::Click, this, [this, action = std::move(action)] { Run(action); });
+}
+
+void CustomerScreen::ShowState()
+{
+    const int mode = mSource->EditMode();
+    auto* modeLabel = static_cast<Label*>(mForm.FindControl(QStringLiteral("lblMode")));
+    modeLabel->SetCaption(ModeName(mode));
+    const bool viewing = mode == ZqDataViewOnly;
+    for (const char* name : {"cmdFirst", "cmdPrevious", "cmdNext", "cmdLast", "cmdAdd", "cmdEdit", "cmdDelete"})
+        mForm.FindControl(QString::fromLatin1(name))->SetEnabled(viewing);
+    for (const char* name : {"cmdSave", "cmdCancel"})
+        mForm.FindControl(QString::fromLatin1(name))->SetEnabled(!viewing);
+
+    const bool onRecord = mRS && mRS->State() == ado::adStateOpen && !mRS->IsBOF() && !mRS->IsEOF();
+    auto field = [this](const char* name) { return mRS->Fields()->Item(Variant(name))->Value(); };
+    auto* number = static_cast<Label*>(mForm.FindControl(QStringLiteral("lblCustomerNo")));
+    auto* stamp = static_cast<Label*>(mForm.FindControl(QStringLiteral("lblStamp")));
+    number->SetCaption(onRecord ? NullToString(field("CustomerId")) : QString());
+    const Variant by = onRecord ? field("UpdatedBy") : Variant::Null();
+    stamp->SetCaption(by.IsNull() ? QStringLiteral("never")
+                                  : NullToString(field("UpdatedAt")) + QStringLiteral(" by ") + CStr(by));
+}
+
+}  // namespace demo

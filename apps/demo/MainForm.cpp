@@ -5,12 +5,18 @@
 #include "korvex/platform/host/FormFile.h"
 #include "korvex/runtime/Conversions.h"
 
+#include <QCoreApplication>
 #include <QMenuBar>
 #include <QStatusBar>
 
 #include <cstdio>
 
 namespace demo {
+
+QString LanguageFile()
+{
+    return QCoreApplication::applicationDirPath() + QStringLiteral("/Korvex.lng");
+}
 
 MainForm::MainForm()
 {

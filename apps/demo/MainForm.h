@@ -9,6 +9,9 @@
 
 namespace demo {
 
+// The demo's language file, which the build puts beside the program.
+QString LanguageFile();
+
 class MainForm : public korvex::MDIForm {
     Q_OBJECT
 

@@ -5,6 +5,7 @@
 
 #include "korvex/core/clsPublic.h"
 #include "korvex/core/clsZqUser.h"
+#include "korvex/localisation/clsLanguage.h"
 #include "korvex/platform/host/Screen.h"
 #include "korvex/platform/system/SystemInfo.h"
 
@@ -43,19 +44,33 @@ int main(int argc, char** argv)
     parser.addHelpOption();
     const QCommandLineOption screenshot(QStringLiteral("screenshot"),
                                         QStringLiteral("Render every open form to DIR and exit."), QStringLiteral("DIR"));
+    const QCommandLineOption language(QStringLiteral("language"),
+                                      QStringLiteral("The language: 0 English, 1 German, 2 French, 3 American, 4 Dutch."),
+                                      QStringLiteral("N"), QStringLiteral("0"));
     parser.addOption(screenshot);
+    parser.addOption(language);
     parser.process(app);
 
     korvex::SystemInfo::Start();
+    korvex::clsLanguage::Global().LanguageInitialise(parser.value(language).toInt(), demo::LanguageFile());
     demo::MainForm main;
     DemoUser user;
     korvex::clsPublic::Global().InitZqControls(&user, korvex::Screen::Instance(), &main);
     main.Show();
     main.OpenForm(QStringLiteral("frmWelcome"));
+    main.OpenForm(QStringLiteral("frmLabels"));
+    main.OpenForm(QStringLiteral("frmInputs"));
+    main.OpenForm(QStringLiteral("frmNumbers"));
+    main.Area()->tileSubWindows();
 
     if (parser.isSet(screenshot)) {
         QApplication::processEvents();
-        const bool ok = SaveScreenshots(main, parser.value(screenshot));
+        bool ok = SaveScreenshots(main, parser.value(screenshot));
+        // The labels once more in German, to show the captions come from the language file.
+        korvex::clsLanguage::Global().LanguageInitialise(1, demo::LanguageFile());
+        korvex::Form* german = main.OpenForm(QStringLiteral("frmLabels"));
+        QApplication::processEvents();
+        ok = german->grab().save(QDir(parser.value(screenshot)).filePath(QStringLiteral("frmLabels_German.png"))) && ok;
         korvex::clsPublic::Global().UninitVyrInvControls();
         return ok ? 0 : 1;
     }

@@ -48,6 +48,10 @@ bool Skipped(const R& run)
 
 class CollectingReporter : public benchmark::ConsoleReporter {
 public:
+    // No colours: their escape codes would stand in front of the summary lines and hide them
+    // from a search for "^BENCH".
+    CollectingReporter() : ConsoleReporter(OO_Tabular) {}
+
     void ReportRuns(const std::vector<Run>& runs) override
     {
         ConsoleReporter::ReportRuns(runs);

@@ -11,6 +11,8 @@
 #include <QSignalSpy>
 #include <QDateTime>
 
+#include <limits>
+
 #include <gtest/gtest.h>
 
 namespace korvex {
@@ -40,6 +42,19 @@ TEST(Values, VariantKeepsTypesApartAndBridgesToQVariant)
     for (const Row& r : rows)
         EXPECT_EQ(Variant::FromQVariant(r.in), r.out) << r.in.typeName();
     EXPECT_EQ(Variant::FromQVariant(Variant(Null).ToQVariant()), Null) << "a round trip keeps Null";
+}
+
+TEST(Values, CurrencyTextIsInvariantBothWays)
+{
+    for (std::int64_t scaled : {std::int64_t{0}, std::int64_t{-1}, std::int64_t{12345000}, std::numeric_limits<std::int64_t>::min(),
+                                std::numeric_limits<std::int64_t>::max()}) {
+        const Currency c = Currency::FromScaled(scaled);
+        EXPECT_EQ(Currency::FromInvariantString(c.ToInvariantString()), c) << c.ToInvariantString().toStdString();
+    }
+    EXPECT_EQ(Currency::FromInvariantString(u"1.00005"), Currency::FromScaled(10000)) << "halves to even";
+    EXPECT_EQ(Currency::FromInvariantString(u"-.5"), Currency::FromScaled(-5000));
+    for (const char16_t* text : {u"", u"-", u"1,5", u"1.2.3", u" 1", u"922337203685478"})
+        EXPECT_FALSE(Currency::FromInvariantString(text)) << QString::fromUtf16(text).toStdString();
 }
 
 TEST(Values, Windows1252RoundTripsEveryByte)

@@ -44,4 +44,30 @@ QString Currency::ToInvariantString() const
     return d.Negative ? QLatin1Char('-') + text : text;
 }
 
+std::optional<Currency> Currency::FromInvariantString(QStringView text)
+{
+    const bool negative = text.startsWith(QLatin1Char('-'));
+    if (negative)
+        text = text.mid(1);
+    std::string digits;
+    int fraction = 0;
+    bool point = false;
+    for (QChar c : text) {
+        if (c >= QLatin1Char('0') && c <= QLatin1Char('9')) {
+            digits += static_cast<char>(c.unicode());
+            fraction += point ? 1 : 0;
+        } else if (c == QLatin1Char('.') && !point) {
+            point = true;
+        } else {
+            return std::nullopt;
+        }
+    }
+    if (digits.empty())
+        return std::nullopt;
+    const auto scaled = DecimalDigits::FromParts(negative, std::move(digits), -fraction).ToScaledInteger(4);
+    if (!scaled)
+        return std::nullopt;
+    return FromScaled(*scaled);
+}
+
 }  // namespace korvex

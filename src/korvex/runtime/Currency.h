@@ -3,9 +3,11 @@
 #pragma once
 
 #include <QString>
+#include <QStringView>
 
 #include <compare>
 #include <cstdint>
+#include <optional>
 
 namespace korvex {
 
@@ -29,6 +31,10 @@ public:
     double ToDouble() const noexcept { return static_cast<double>(mScaled) / Scale; }
     // Plain decimal text with "." and no trailing zeros: "1234.5", "-0.0001", "0".
     QString ToInvariantString() const;
+    // The inverse, whatever the regional settings: an optional "-", digits and at most one
+    // "."; more than four decimals round half to even. nullopt for any other text and for
+    // amounts beyond the currency range.
+    static std::optional<Currency> FromInvariantString(QStringView text);
 
     friend constexpr auto operator<=>(Currency, Currency) noexcept = default;
 

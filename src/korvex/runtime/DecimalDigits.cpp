@@ -171,7 +171,7 @@ double DecimalDigits::ToDouble() const
     double value = 0;
     auto result = std::from_chars(text.data(), text.data() + text.size(), value);
     if (result.ec == std::errc::result_out_of_range)
-        return Exponent > 0 ? (Negative ? -HUGE_VAL : HUGE_VAL) : (Negative ? -0.0 : 0.0);
+        return IntegerDigitCount() > 0 ? (Negative ? -HUGE_VAL : HUGE_VAL) : (Negative ? -0.0 : 0.0);
     return value;
 }
 

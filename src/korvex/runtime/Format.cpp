@@ -177,18 +177,6 @@ NumberSection ParseNumberSection(const QString& section)
     return s;
 }
 
-QString Grouped(const QString& digits, const QString& separator)
-{
-    QString out;
-    const qsizetype n = digits.size();
-    for (qsizetype i = 0; i < n; ++i) {
-        if (i > 0 && (n - i) % 3 == 0)
-            out += separator;
-        out += digits[i];
-    }
-    return out;
-}
-
 // Renders the magnitude of a number with one section; the caller adds any sign.
 QString RenderNumberSection(const NumberSection& s, DecimalDigits value, const RegionalSettings& settings)
 {
@@ -217,7 +205,7 @@ QString RenderNumberSection(const NumberSection& s, DecimalDigits value, const R
     if (integerDigits.size() < s.minIntegerDigits)
         integerDigits.prepend(QString(s.minIntegerDigits - integerDigits.size(), QLatin1Char('0')));
     if (s.grouping)
-        integerDigits = Grouped(integerDigits, settings.ThousandSymbol);
+        integerDigits = GroupDigits(integerDigits, settings.ThousandSymbol);
 
     QString fractionDigits;
     for (int i = 1; i <= s.fractionPlaceholders; ++i)
@@ -529,6 +517,18 @@ bool NamedFormat(const Variant& value, const QString& pattern, const RegionalSet
 }
 
 }  // namespace
+
+QString GroupDigits(const QString& digits, const QString& separator)
+{
+    QString out;
+    const qsizetype n = digits.size();
+    for (qsizetype i = 0; i < n; ++i) {
+        if (i > 0 && (n - i) % 3 == 0)
+            out += separator;
+        out += digits[i];
+    }
+    return out;
+}
 
 QString Format(const Variant& value, const QString& pattern)
 {

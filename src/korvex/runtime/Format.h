@@ -14,6 +14,10 @@ namespace korvex {
 QString Format(const Variant& value, const QString& pattern = {});
 QString Format(const Variant& value, const QString& pattern, const RegionalSettings& settings);
 
+// Digits with `separator` between groups of three counted from the right: "1234567" gives
+// "1,234,567" with ",".
+QString GroupDigits(const QString& digits, const QString& separator);
+
 // FormatNumber's options: -2 means "as the regional settings say".
 enum Tristate : int { vbUseDefault = -2, vbTrue = -1, vbFalse = 0 };
 

@@ -27,13 +27,19 @@ const QHash<char16_t, char>& ReverseTable()
 
 QString FromWindows1252(QByteArrayView bytes)
 {
-    QString text(bytes.size(), Qt::Uninitialized);
+    QString text;
+    FromWindows1252(bytes, text);
+    return text;
+}
+
+void FromWindows1252(QByteArrayView bytes, QString& text)
+{
+    text.resize(bytes.size());
     char16_t* out = reinterpret_cast<char16_t*>(text.data());
     for (qsizetype i = 0; i < bytes.size(); ++i) {
         const auto b = static_cast<unsigned char>(bytes[i]);
         out[i] = (b >= 0x80 && b < 0xA0) ? HighControls[b - 0x80] : static_cast<char16_t>(b);
     }
-    return text;
 }
 
 QByteArray ToWindows1252(QStringView text)

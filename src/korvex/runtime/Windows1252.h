@@ -12,6 +12,9 @@
 namespace korvex {
 
 QString FromWindows1252(QByteArrayView bytes);
+// The same into `text`, whose storage is reused when it holds the only reference to it (for
+// readers that decode field after field).
+void FromWindows1252(QByteArrayView bytes, QString& text);
 // Characters the code page lacks become "?".
 QByteArray ToWindows1252(QStringView text);
 

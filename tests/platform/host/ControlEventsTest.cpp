@@ -103,6 +103,17 @@ TEST(HostControls, ValidateCancelKeepsTheFocusAndValidateControlsReportsIt)
     EXPECT_TRUE(QTest::qWaitFor([&] { return guarded->LineEdit()->hasFocus(); }, 1000)) << "the focus comes back";
     EXPECT_GE(validations, 2);
 
+    auto* frame = new Frame(form.Client());
+    frame->move(0, 80);
+    auto* inFrame = new TextBox(frame->ContainerWidget());
+    refuse = false;
+    inFrame->SetFocus();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return inFrame->LineEdit()->hasFocus(); }, 1000));
+    EXPECT_EQ(form.ActiveControl(), inFrame) << "a control in a frame is itself the active control";
+    refuse = true;
+    guarded->SetFocus();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return guarded->LineEdit()->hasFocus(); }, 1000));
+
     other->SetCausesValidation(false);
     const int before = validations;
     other->SetFocus();

@@ -1,19 +1,24 @@
 // Form files: a save keeps only what differs from the defaults, a load then save gives the same
 // bytes, the control frame's calls come in their order, and a broken file fails with an error
 // that names the file, the control and the property, leaving nothing behind.
+#include "korvex/platform/host/CheckBox.h"
 #include "korvex/platform/host/ControlRegistry.h"
 #include "korvex/platform/host/FormFile.h"
 #include "korvex/platform/host/Frame.h"
 #include "korvex/platform/host/Label.h"
 #include "korvex/platform/host/Line.h"
+#include "korvex/platform/host/Screen.h"
 #include "korvex/platform/host/TextBox.h"
 #include "korvex/platform/host/UserControl.h"
 #include "korvex/runtime/Conversions.h"
 #include "korvex/runtime/Error.h"
+#include "tests/support/ErrorOf.h"
 #include "tests/support/PinnedSettings.h"
 #include "tests/support/Printers.h"
 
 #include <QJsonDocument>
+#include <QCheckBox>
+#include <QImage>
 #include <QJsonObject>
 #include <QTemporaryDir>
 
@@ -109,7 +114,46 @@ TEST(FormFile, SaveKeepsOnlyNonDefaultsAndRoundTripsByteForByte)
     auto* name = qobject_cast<TextBox*>(loaded->FindControl(QStringLiteral("txtName")));
     ASSERT_NE(name, nullptr);
     EXPECT_EQ(name->Text(), "O'Neil; DROP TABLE");
+
+    name->SetWidth(0);
+    auto narrowed = FormFile::FromJson(FormFile::ToJson(*loaded), QStringLiteral("narrowed"));
+    EXPECT_EQ(narrowed->FindControl(QStringLiteral("txtName"))->Width(), 0) << "a width of 0 is kept, not taken for none";
     EXPECT_EQ(name->ContainerObject(), loaded->FindControl(QStringLiteral("fraDetails")));
+}
+
+TEST(FormFile, CheckBoxKeepsItsPicturesMaskAndCustomPointer)
+{
+    QTemporaryDir dir;
+    const QString picture = dir.filePath(QStringLiteral("tick.png"));
+    QImage(8, 8, QImage::Format_RGB32).save(picture);
+    Form form;
+    auto* check = static_cast<CheckBox*>(FormFile::AddNewControl(form, QStringLiteral("CheckBox"), QStringLiteral("chkTick")));
+    check->SetPicture(picture);
+    check->SetDownPicture(picture);
+    check->SetMaskColor(RGB(0, 255, 0));
+    check->SetUseMaskColor(true);
+    check->SetOLEDropMode(vbOLEDropManual);
+    check->SetWhatsThisHelpID(9);
+    check->SetMousePointer(vbCustom);
+    check->SetMouseIcon(picture);
+    EXPECT_EQ(check->Box()->cursor().shape(), Qt::BitmapCursor) << "the custom pointer is the icon";
+    EXPECT_EQ(test::ErrorOf([&] { check->SetDisabledPicture(dir.filePath(QStringLiteral("none.png"))); }), 481);
+    EXPECT_EQ(check->DisabledPicture(), "");
+
+    const QByteArray saved = FormFile::ToJson(form);
+    const QJsonObject props = QJsonDocument::fromJson(saved).object()[QStringLiteral("Controls")][0][QStringLiteral("Properties")].toObject();
+    EXPECT_EQ(props.keys(), (QStringList{"Caption", "DownPicture", "MaskColor", "MouseIcon", "MousePointer", "OLEDropMode",
+                                         "Picture", "UseMaskColor", "WhatsThisHelpID"}));
+    auto loaded = FormFile::FromJson(saved, QStringLiteral("check"));
+    auto* again = qobject_cast<CheckBox*>(loaded->FindControl(QStringLiteral("chkTick")));
+    ASSERT_NE(again, nullptr);
+    EXPECT_EQ(again->MaskColor(), RGB(0, 255, 0));
+    EXPECT_EQ(again->MouseIcon(), picture);
+    EXPECT_EQ(FormFile::ToJson(*loaded), saved);
+
+    again->SetHeight(0);
+    EXPECT_EQ(again->height(), again->minimumHeight()) << "a check box is never lower than its box";
+    EXPECT_GT(again->height(), 0);
 }
 
 TEST(FormFile, DesignModeLoadsWithUserModeFalse)
@@ -146,6 +190,10 @@ TEST(FormFile, BrokenFilesNameTheFileControlAndPropertyAndLeaveNothing)
         {R"({"Type":"Form","Name":"f","Controls":[{"Type":"TextBox","Name":"txtA","Extender":{"Height":-30}}]})",
          "control 'txtA' (TextBox): property 'Height': Invalid property value"},
         {R"({"Type":"Form","Name":"f","Controls":[{"Type":"TextBox","Name":"t","Index":-1}]})", "\"Index\""},
+        {R"({"Type":"Form","Name":"f","Controls":[{"Type":"CheckBox","Name":"chk","Properties":{"MousePointer":42}}]})",
+         "control 'chk' (CheckBox): property 'MousePointer': Invalid property value"},
+        {R"({"Type":"Form","Name":"f","Controls":[{"Type":"CheckBox","Name":"chk","Properties":{"OLEDropMode":2}}]})",
+         "control 'chk' (CheckBox): property 'OLEDropMode': Invalid property value"},
     };
     const qsizetype formsBefore = Form::Forms().size();
     for (const Row& r : rows) {

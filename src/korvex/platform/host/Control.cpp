@@ -130,6 +130,20 @@ int QtKeyOf(short vk)
     }
 }
 
+Control* FormLevelControl(QWidget* widget)
+{
+    Control* control = nullptr;
+    for (QWidget* w = widget; w && !qobject_cast<Form*>(w); w = w->parentWidget()) {
+        auto* c = qobject_cast<Control*>(w);
+        if (!c)
+            continue;
+        // A user control hides the controls it is built from, unless it holds the form's own.
+        if (!control || (qobject_cast<UserControl*>(c) && !c->IsContainer()))
+            control = c;
+    }
+    return control;
+}
+
 Control::Control(QWidget* parent) : QWidget(parent), mCreationOrder(NextCreationOrder()) {}
 
 Control::~Control() = default;
@@ -366,10 +380,9 @@ bool Control::eventFilter(QObject* watched, QEvent* event)
         QWidget* next = QApplication::focusWidget();
         if (next && isAncestorOf(next))
             break;
-        // The control taking the focus decides whether this one is validated first.
-        Control* nextControl = nullptr;
-        for (QWidget* w = next; w && !nextControl; w = w->parentWidget())
-            nextControl = qobject_cast<Control*>(w);
+        // The control taking the focus decides whether this one is validated first: the
+        // control the form holds, not the inner box of a user control.
+        Control* nextControl = FormLevelControl(next);
         if ((!nextControl || nextControl->CausesValidation()) && !RunValidate()) {
             QPointer<QWidget> input = mInput;
             QTimer::singleShot(0, this, [input] {

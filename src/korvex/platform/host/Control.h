@@ -70,7 +70,7 @@ public:
 
     virtual bool Visible() const { return !isHidden(); }
     virtual void SetVisible(bool visible) { setVisible(visible); }
-    bool Enabled() const { return !testAttribute(Qt::WA_ForceDisabled); }
+    virtual bool Enabled() const { return !testAttribute(Qt::WA_ForceDisabled); }
     virtual void SetEnabled(bool enabled);
     bool TabStop() const noexcept { return mTabStop; }
     virtual void SetTabStop(bool tabStop);
@@ -161,6 +161,10 @@ private:
     bool mLoadedAtRunTime = false;
     quint64 mCreationOrder = 0;
 };
+
+// The control of the form that `widget` belongs to: the nearest control around it, or the user
+// control built from it; nullptr outside any control.
+Control* FormLevelControl(QWidget* widget);
 
 // Windows virtual-key code of a Qt key (A-Z 65-90, 0-9 48-57, F1 112, Enter 13, Delete 46 ...);
 // 0 for keys without one.

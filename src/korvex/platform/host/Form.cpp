@@ -139,16 +139,8 @@ Control* Form::ActiveControl() const
     QWidget* focus = QApplication::focusWidget();
     if (!focus || !isAncestorOf(focus))
         return nullptr;
-    // The outermost control of the focus chain that belongs to this form: the inner box of a
-    // user control is not a control of the form.
-    Control* active = nullptr;
-    for (QWidget* w = focus; w && w != this; w = w->parentWidget()) {
-        if (auto* c = qobject_cast<Control*>(w))
-            active = c;
-        if (qobject_cast<Form*>(w))
-            break;
-    }
-    return active;
+    // The inner box of a user control is not a control of the form; a control in a frame is.
+    return FormLevelControl(focus);
 }
 
 QObject* Form::ActiveControlObject() const

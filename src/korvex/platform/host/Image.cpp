@@ -2,9 +2,9 @@
 #include "korvex/platform/host/Image.h"
 
 #include "korvex/platform/host/ControlRegistry.h"
+#include "korvex/platform/host/LoadPicture.h"
 #include "korvex/platform/host/PropertyBag.h"
 #include "korvex/runtime/Conversions.h"
-#include "korvex/runtime/Error.h"
 
 #include <QPainter>
 
@@ -20,9 +20,7 @@ Image::Image(QWidget* parent) : Control(parent)
 
 void Image::SetPicture(const QString& fileName)
 {
-    QPixmap pixmap;
-    if (!fileName.isEmpty() && !pixmap.load(fileName))
-        Raise(481, QStringLiteral("Image.Picture"));
+    QPixmap pixmap = LoadPicture(fileName, QStringLiteral("Image.Picture"));
     mPicture = fileName;
     mPixmap = pixmap;
     if (!mStretch && !mPixmap.isNull())

@@ -2,6 +2,7 @@
 #include "korvex/platform/host/PictureBox.h"
 
 #include "korvex/platform/host/ControlRegistry.h"
+#include "korvex/platform/host/LoadPicture.h"
 #include "korvex/platform/host/PropertyBag.h"
 #include "korvex/platform/system/ColorConversion.h"
 #include "korvex/runtime/Conversions.h"
@@ -32,9 +33,7 @@ void PictureBox::SetBorderStyle(short style)
 
 void PictureBox::SetPicture(const QString& fileName)
 {
-    QPixmap pixmap;
-    if (!fileName.isEmpty() && !pixmap.load(fileName))
-        Raise(481, QStringLiteral("PictureBox.Picture"));
+    QPixmap pixmap = LoadPicture(fileName, QStringLiteral("PictureBox.Picture"));
     mPicture = fileName;
     mPixmap = pixmap;
     update();

@@ -83,8 +83,13 @@ Variant PropertyBag::FromJson(const QJsonValue& json)
     }
     case QJsonValue::Object: {
         const QJsonObject o = json.toObject();
-        if (o.contains(QStringLiteral("Currency")))
-            return CCur(Variant(o.value(QStringLiteral("Currency")).toString()));
+        if (o.contains(QStringLiteral("Currency"))) {
+            // Written with "." whatever the locale, so read back the same way.
+            const auto amount = Currency::FromInvariantString(o.value(QStringLiteral("Currency")).toString());
+            if (!amount)
+                Raise(vbErrTypeMismatch);
+            return *amount;
+        }
         if (o.contains(QStringLiteral("Date")))
             return Date{o.value(QStringLiteral("Date")).toDouble()};
         if (o.contains(QStringLiteral("Font"))) {
@@ -117,7 +122,8 @@ Variant PropertyBag::ReadProperty(const QString& name, const Variant& defaultVal
 
 void PropertyBag::WriteProperty(const QString& name, const Variant& value, const Variant& defaultValue)
 {
-    if (SameValue(value, defaultValue)) {
+    // Without a default (Empty) the value is always stored: a size of 0 is not "no size".
+    if (!defaultValue.IsEmpty() && SameValue(value, defaultValue)) {
         mValues.remove(name);
         return;
     }

@@ -21,7 +21,8 @@ public:
     // The stored value, or `defaultValue` when nothing is stored under the name. A stored
     // font comes back as a StdFont object that the bag keeps alive.
     Variant ReadProperty(const QString& name, const Variant& defaultValue = {});
-    // Stores the value unless it equals `defaultValue` (fonts compare by attributes).
+    // Stores the value unless it equals `defaultValue` (fonts compare by attributes); with no
+    // default (Empty) the value is always stored.
     void WriteProperty(const QString& name, const Variant& value, const Variant& defaultValue = {});
 
     bool Contains(const QString& name) const { return mValues.contains(name); }

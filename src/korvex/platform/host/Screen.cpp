@@ -26,7 +26,14 @@ bool& OverrideCursorSet()
     return set;
 }
 
-Qt::CursorShape ShapeOf(int pointer)
+}  // namespace
+
+bool IsMousePointerConstant(int pointer)
+{
+    return (pointer >= vbDefault && pointer <= vbSizeAll) || pointer == vbCustom;
+}
+
+Qt::CursorShape CursorShapeOf(int pointer)
 {
     switch (pointer) {
     case vbCrosshair: return Qt::CrossCursor;
@@ -45,8 +52,6 @@ Qt::CursorShape ShapeOf(int pointer)
     default: return Qt::ArrowCursor;
     }
 }
-
-}  // namespace
 
 Screen::Screen(QObject* parent) : QObject(parent) {}
 
@@ -99,9 +104,9 @@ void Screen::SetMousePointer(int pointer)
         return;
     }
     if (OverrideCursorSet())
-        QGuiApplication::changeOverrideCursor(QCursor(ShapeOf(pointer)));
+        QGuiApplication::changeOverrideCursor(QCursor(CursorShapeOf(pointer)));
     else
-        QGuiApplication::setOverrideCursor(QCursor(ShapeOf(pointer)));
+        QGuiApplication::setOverrideCursor(QCursor(CursorShapeOf(pointer)));
     OverrideCursorSet() = true;
 }
 

@@ -25,7 +25,14 @@ enum MousePointerConstants : int {
     vbArrowHourglass = 13,
     vbArrowQuestion = 14,
     vbSizeAll = 15,
+    vbCustom = 99,
 };
+
+// Whether a MousePointer value is one of the constants above.
+bool IsMousePointerConstant(int pointer);
+// The Qt cursor shape that stands for a MousePointer constant (the arrow for vbDefault and
+// vbCustom, whose cursor is the control's MouseIcon).
+Qt::CursorShape CursorShapeOf(int pointer);
 
 class Screen : public QObject {
     Q_OBJECT

@@ -2,10 +2,13 @@
 #include "korvex/platform/host/StandardControl.h"
 
 #include "korvex/platform/host/Form.h"
+#include "korvex/platform/host/LoadPicture.h"
 #include "korvex/platform/host/PropertyBag.h"
+#include "korvex/platform/host/Screen.h"
 #include "korvex/platform/system/ColorConversion.h"
 #include "korvex/platform/system/FontConversion.h"
 #include "korvex/runtime/Conversions.h"
+#include "korvex/runtime/Error.h"
 
 namespace korvex {
 
@@ -38,11 +41,28 @@ void StandardControl::SetFontObject(QObject* font)
 
 void StandardControl::SetMousePointer(int pointer)
 {
+    if (!IsMousePointerConstant(pointer))
+        Raise(vbErrInvalidPropertyValue, TypeName() + QStringLiteral(".MousePointer"));
     mMousePointer = pointer;
-    if (pointer == 0)
-        StyledWidget()->unsetCursor();
+    ApplyCursor();
+}
+
+void StandardControl::SetMouseIcon(const QString& fileName)
+{
+    mMouseIconPixmap = LoadPicture(fileName, TypeName() + QStringLiteral(".MouseIcon"));
+    mMouseIcon = fileName;
+    ApplyCursor();
+}
+
+void StandardControl::ApplyCursor()
+{
+    QWidget* target = StyledWidget();
+    if (mMousePointer == vbDefault)
+        target->unsetCursor();
+    else if (mMousePointer == vbCustom && !mMouseIconPixmap.isNull())
+        target->setCursor(QCursor(mMouseIconPixmap));
     else
-        StyledWidget()->setCursor(pointer == 3 ? Qt::IBeamCursor : pointer == 11 ? Qt::WaitCursor : Qt::ArrowCursor);
+        target->setCursor(CursorShapeOf(mMousePointer));
 }
 
 void StandardControl::ApplyStyle()
@@ -50,6 +70,7 @@ void StandardControl::ApplyStyle()
     QWidget* target = StyledWidget();
     ApplyColors(target, mBackColor, mForeColor);
     target->setFont(ToQFont(*mFont));
+    ApplyCursor();
 }
 
 void StandardControl::ReadProperties(PropertyBag& bag)
@@ -62,6 +83,7 @@ void StandardControl::ReadProperties(PropertyBag& bag)
     SetFontObject(font.Object());
     mDataField = CStr(bag.ReadProperty(QStringLiteral("DataField"), QString()));
     SetMousePointer(CLng(bag.ReadProperty(QStringLiteral("MousePointer"), 0)));
+    SetMouseIcon(CStr(bag.ReadProperty(QStringLiteral("MouseIcon"), QString())));
     ApplyStyle();
 }
 
@@ -74,6 +96,7 @@ void StandardControl::WriteProperties(PropertyBag& bag)
     bag.WriteProperty(QStringLiteral("Font"), Variant(static_cast<QObject*>(mFont)), Variant(form ? form->Font() : &fallback));
     bag.WriteProperty(QStringLiteral("DataField"), mDataField, QString());
     bag.WriteProperty(QStringLiteral("MousePointer"), mMousePointer, 0);
+    bag.WriteProperty(QStringLiteral("MouseIcon"), mMouseIcon, QString());
 }
 
 }  // namespace korvex

@@ -92,7 +92,9 @@ void TextBox::SetMaxLength(int length)
 
 void TextBox::SetPasswordChar(const QString& passwordChar)
 {
-    mPasswordChar = passwordChar.left(1);
+    if (passwordChar.size() > 1)
+        Raise(vbErrInvalidPropertyValue, QStringLiteral("TextBox.PasswordChar"));
+    mPasswordChar = passwordChar;
     if (mLine)
         mLine->setEchoMode(mPasswordChar.isEmpty() ? QLineEdit::Normal : QLineEdit::Password);
 }

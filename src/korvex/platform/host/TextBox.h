@@ -36,6 +36,7 @@ public:
     int MaxLength() const noexcept { return mMaxLength; }
     void SetMaxLength(int length);
     const QString& PasswordChar() const noexcept { return mPasswordChar; }
+    // One character or none; raises 380 for longer texts.
     void SetPasswordChar(const QString& passwordChar);
     short Alignment() const noexcept { return mAlignment; }
     void SetAlignment(short alignment);

@@ -9,6 +9,8 @@
 
 #include <QPainter>
 
+#include <functional>
+
 namespace korvex {
 
 class UserControl;
@@ -62,6 +64,18 @@ signals:
     void PropertyChangedNotification(const QString& PropertyName);
 
 protected:
+    // A property a wrapper control passes straight through to its inner control: nothing
+    // happens when the inner control has the value already; otherwise its setter runs (and may
+    // refuse the value), then the container hears of the change under `name`.
+    template <class Inner, class Value, class Getter, class Setter>
+    void WriteInner(const QString& name, Inner* inner, const Value& value, Getter get, Setter set)
+    {
+        if (std::invoke(get, inner) == value)
+            return;
+        std::invoke(set, inner, value);
+        PropertyChanged(name);
+    }
+
     // Lay out the inner controls to the new size.
     virtual void Resize() {}
     // Owner-drawn controls paint their surface here.

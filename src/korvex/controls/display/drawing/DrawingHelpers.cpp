@@ -9,6 +9,8 @@
 
 #include <QFontMetrics>
 #include <QImage>
+#include <QList>
+#include <QPen>
 
 #include <array>
 #include <cmath>
@@ -125,6 +127,34 @@ void SetBorderStyle(QWidget* window, int style, bool remove)
         word &= ~bits;
     SetWindowLong(window, index, word);
     FrameChanged(window);
+}
+
+void DrawFocusRect(QPainter& painter, int left, int top, int right, int bottom)
+{
+    if (right <= left || bottom <= top)
+        return;
+    QList<QPoint> dots;
+    auto dot = [&](int x, int y) {
+        if (((x + y) & 1) == 0)
+            dots.append(QPoint(x, y));
+    };
+    for (int x = left; x < right; ++x) {
+        dot(x, top);
+        if (bottom - 1 > top)
+            dot(x, bottom - 1);
+    }
+    for (int y = top + 1; y < bottom - 1; ++y) {
+        dot(left, y);
+        if (right - 1 > left)
+            dot(right - 1, y);
+    }
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing, false);
+    // XOR with white inverts what is underneath, as the system's focus rectangle does.
+    painter.setCompositionMode(QPainter::RasterOp_SourceXorDestination);
+    painter.setPen(QPen(Qt::white, 0));
+    painter.drawPoints(dots.constData(), static_cast<int>(dots.size()));
+    painter.restore();
 }
 
 int EdgeWidthTwips() { return MetricTwipsX(SM_CXEDGE); }

@@ -1,6 +1,6 @@
-// The drawing helpers the display controls share: colour resolution and blending, the
+// The drawing helpers the library's controls share: colour resolution and blending, the
 // four-corner gradient, text measuring in twips, border styles through the window's style
-// bits, and system metrics in twips. They hold no state.
+// bits, the focus rectangle, and system metrics in twips. They hold no state.
 #pragma once
 
 #include "korvex/runtime/OleColor.h"
@@ -35,6 +35,11 @@ void DrawGradient(QPainter& painter, int left, int top, int right, int bottom, O
 void CalcTextSize(const QString& text, int& width, int& height, bool wordWrap, const QFont& font);
 // Sets (remove False) or clears (remove True) the style bits of a border style on a window.
 void SetBorderStyle(QWidget* window, int style, bool remove);
+
+// The system's focus rectangle: a dotted frame (every other pixel, in a checkerboard from the
+// surface's origin) inverted onto the surface, so that drawing it twice removes it. Left and
+// top are the first pixels of the frame, right and bottom the first ones past it.
+void DrawFocusRect(QPainter& painter, int left, int top, int right, int bottom);
 
 int EdgeWidthTwips();
 int EdgeHeightTwips();

@@ -1,0 +1,81 @@
+// The CSV reader from arbitrary file contents: every record must be exactly what the plain
+// statement of the quoting rules gives for its line, the record count must match the walk,
+// and nothing may crash, hang or read out of bounds.
+#include "korvex/data/clsCSVFile.h"
+#include "korvex/runtime/Error.h"
+#include "tests/support/CsvReference.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <cstdlib>
+
+namespace {
+
+const QString& FilePath()
+{
+    static QTemporaryDir dir;
+    static const QString path = dir.filePath(QStringLiteral("fuzz.csv"));
+    return path;
+}
+
+void Check(bool condition)
+{
+    if (!condition)
+        std::abort();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    using namespace korvex;
+    if (size == 0)
+        return 0;
+    // The first byte chooses the open mode and apostrophe doubling; the rest is the file.
+    const int mode = data[0] & 1;
+    const bool doubling = (data[0] & 2) != 0;
+    const QByteArray bytes(reinterpret_cast<const char*>(data + 1), static_cast<qsizetype>(size - 1));
+    {
+        QFile file(FilePath());
+        Check(file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size());
+    }
+
+    QList<QByteArray> lines = bytes.split('\n');
+    if (bytes.isEmpty() || bytes.endsWith('\n'))
+        lines.removeLast();  // no record after the last line feed
+
+    clsCSVFile csv;
+    csv.SetDoubleApostrophes(doubling);
+    csv.OpenCSV(FilePath(), mode);
+    int width = 0;
+    int position = 0;
+    for (const QByteArray& line : lines) {
+        Check(!csv.EOFCSV() && csv.AbsolutePosition() == ++position);
+        const QStringList expected = test::ReferenceCsvFields(line, doubling);
+        width = std::max(width, static_cast<int>(expected.size()));
+        Check(csv.FieldsCount() == width);
+        for (int i = 0; i < width; ++i)
+            Check(csv.FieldText(static_cast<short>(i)) == (i < expected.size() ? expected[i] : QString()));
+        (void)csv.FieldsValueList();
+        csv.MoveNext();
+    }
+    Check(csv.EOFCSV() && csv.AbsolutePosition() == -1);
+    if (mode == 0)
+        Check(csv.RecordCount() == lines.size());
+
+    // The members that change or hand out the current record must hold up too.
+    csv.MoveFirst();
+    if (!csv.EOFCSV()) {
+        csv.SetDoubleApostrophes(!doubling);
+        csv.SetDoubleApostrophes(!doubling);
+        Check(csv.Fields(-1).Items().size() == csv.FieldsCount());
+    }
+    try {
+        csv.MoveNext();
+    } catch (const Error& error) {
+        Check(error.Number() == ObjectErrorBase + 5);
+    }
+    csv.CloseCSV();
+    return 0;
+}

@@ -234,6 +234,8 @@ SelectStatement ParseSelect(const QString& sql)
         } else if (IsSymbol(t, u')')) {
             if (--depth < 0)
                 return result;
+        } else if (IsSymbol(t, u';')) {
+            return result;  // the statement ends before any FROM: what follows is another
         }
     }
     result.isSelect = true;

@@ -48,10 +48,12 @@ const QString& DatabaseFile()
             sqlite3_bind_int(insert, 3, i * 3);
             sqlite3_bind_double(insert, 4, i * 0.25);
             sqlite3_bind_double(insert, 5, 1.0 / i);
-            const std::string code = "C" + std::to_string(1000000 + i);
-            const std::string name = "Customer number " + std::to_string(i) + " of the list";
-            sqlite3_bind_text(insert, 6, code.c_str(), -1, SQLITE_TRANSIENT);
-            sqlite3_bind_text(insert, 7, name.c_str(), -1, SQLITE_TRANSIENT);
+            char code[16];
+            char name[48];
+            std::snprintf(code, sizeof code, "C%d", 1000000 + i);
+            std::snprintf(name, sizeof name, "Customer number %d of the list", i);
+            sqlite3_bind_text(insert, 6, code, -1, SQLITE_TRANSIENT);
+            sqlite3_bind_text(insert, 7, name, -1, SQLITE_TRANSIENT);
             sqlite3_bind_text(insert, 8, i % 2 ? "Amsterdam" : "Oslo", -1, SQLITE_STATIC);
             sqlite3_bind_text(insert, 9, "Deliver to the back door, ring twice", -1, SQLITE_STATIC);
             sqlite3_bind_text(insert, 10, "T", -1, SQLITE_STATIC);
@@ -61,9 +63,10 @@ const QString& DatabaseFile()
         sqlite3_finalize(insert);
         sqlite3_prepare_v2(db, "INSERT INTO narrow VALUES (?, ?, 0)", -1, &insert, nullptr);
         for (int i = 1; i <= UpdateRows; ++i) {
-            const std::string name = "Item " + std::to_string(i);
+            char name[24];
+            std::snprintf(name, sizeof name, "Item %d", i);
             sqlite3_bind_int(insert, 1, i);
-            sqlite3_bind_text(insert, 2, name.c_str(), -1, SQLITE_TRANSIENT);
+            sqlite3_bind_text(insert, 2, name, -1, SQLITE_TRANSIENT);
             sqlite3_step(insert);
             sqlite3_reset(insert);
         }
@@ -103,6 +106,7 @@ void BM_RawOpen(benchmark::State& state)
         sqlite3_stmt* statement = nullptr;
         sqlite3_prepare_v2(db, "SELECT * FROM wide", -1, &statement, nullptr);
         std::vector<Variant> values;
+        values.reserve(10u * OpenRows);
         while (sqlite3_step(statement) == SQLITE_ROW) {
             for (int c = 0; c < 10; ++c)
                 values.push_back(ColumnValue(statement, c));
@@ -204,6 +208,7 @@ void BM_RecordsetUpdateBatch(benchmark::State& state)
         connection->Execute(QStringLiteral("UPDATE narrow SET name = 'Item ' || id"));
 }
 BENCHMARK(BM_RecordsetUpdateBatch)->Unit(benchmark::kMillisecond);
+
 
 }  // namespace
 

@@ -40,10 +40,13 @@ struct SqlRecordsetProvider::Attempt {
     bool guarded = false;  // each row inside its own savepoint
 };
 
-void SqlRecordsetProvider::Condition::Add(const QString& part, std::vector<QVariant> values)
+void SqlRecordsetProvider::Condition::Append(const QString& part)
 {
-    sql += (sql.isEmpty() ? QString() : QStringLiteral(" AND ")) + part;
-    parameters.insert(parameters.end(), std::make_move_iterator(values.begin()), std::make_move_iterator(values.end()));
+    if (!withText)
+        return;
+    if (!sql.isEmpty())
+        sql += QStringLiteral(" AND ");
+    sql += part;
 }
 
 SqlRecordsetProvider::SqlRecordsetProvider(std::shared_ptr<SqlSession> session, RecordsetPlan plan,
@@ -155,12 +158,16 @@ void SqlRecordsetProvider::WriteRow(const RecordsetStore& store, RowId row, Atte
     }
 }
 
-SqlRecordsetProvider::Condition SqlRecordsetProvider::KeyCondition(const RecordsetStore& store, RowId row) const
+SqlRecordsetProvider::Condition SqlRecordsetProvider::KeyCondition(const RecordsetStore& store, RowId row,
+                                                                   bool withText) const
 {
     RequireKey();
     Condition where;
+    where.withText = withText;
+    where.parameters.reserve(mPlan.keyFields.size() + 4);
     if (mPlan.rowIdKey) {
-        where.Add(QStringLiteral("rowid = ?"), {QVariant(static_cast<qlonglong>(row < mRowIds.size() ? mRowIds[row] : 0))});
+        where.Append(QStringLiteral("rowid = ?"));
+        where.parameters.emplace_back(static_cast<qlonglong>(row < mRowIds.size() ? mRowIds[row] : 0));
         return where;
     }
     for (int field : mPlan.keyFields)
@@ -171,15 +178,25 @@ SqlRecordsetProvider::Condition SqlRecordsetProvider::KeyCondition(const Records
 void SqlRecordsetProvider::AddMatch(Condition& where, const RecordsetStore& store, RowId row, int field) const
 {
     const SqlSession& session = *mSession;
-    const QString column = session.QuoteName(mPlan.baseColumns[field]);
     const FieldDef& def = store.Field(field);
     const Variant value = store.UnderlyingValue(row, field);
-    if (!IsPresent(value))
-        where.Add(column + QStringLiteral(" IS NULL"), {});
-    else if (def.Info().storage == StorageKind::Date)
-        where.Add(session.DateMatch(column), session.DateParameters(value, def.Type));
-    else
-        where.Add(column + QStringLiteral(" = ?"), {session.ToParameter(value, def.Type)});
+    const QString column = where.withText ? session.QuoteName(mPlan.baseColumns[field]) : QString();
+    if (!IsPresent(value)) {
+        where.shape += 'N';
+        if (where.withText)
+            where.Append(column + QStringLiteral(" IS NULL"));
+    } else if (def.Info().storage == StorageKind::Date) {
+        where.shape += 'D';
+        if (where.withText)
+            where.Append(session.DateMatch(column));
+        for (QVariant& parameter : session.DateParameters(value, def.Type))
+            where.parameters.push_back(std::move(parameter));
+    } else {
+        where.shape += 'V';
+        if (where.withText)
+            where.Append(column + QStringLiteral(" = ?"));
+        where.parameters.push_back(session.ToParameter(value, def.Type));
+    }
 }
 
 int SqlRecordsetProvider::Change(const QString& sql, const std::vector<QVariant>& parameters) const
@@ -204,26 +221,54 @@ int SqlRecordsetProvider::ConflictStatus(const RecordsetStore& store, RowId row)
 void SqlRecordsetProvider::Update(const RecordsetStore& store, RowId row, Attempt& attempt)
 {
     const SqlSession& session = *mSession;
-    QStringList assignments;
     std::vector<QVariant> parameters;
     std::vector<int> changed;
+    parameters.reserve(static_cast<std::size_t>(2 * store.FieldCount() + 2));
+    changed.reserve(static_cast<std::size_t>(store.FieldCount()));
+    std::string shape;
     for (int f = 0; f < store.FieldCount(); ++f) {
-        if (mPlan.baseColumns[f].isEmpty() || store.Value(row, f) == store.OriginalValue(row, f))
+        if (mPlan.baseColumns[f].isEmpty())
+            continue;
+        Variant value = store.Value(row, f);
+        if (value == store.OriginalValue(row, f))
             continue;
         changed.push_back(f);
-        assignments << session.QuoteName(mPlan.baseColumns[f]) + QStringLiteral(" = ?");
-        parameters.push_back(session.ToParameter(store.Value(row, f), store.Field(f).Type));
+        shape += static_cast<char>('0' + f % 64);
+        shape += static_cast<char>('0' + f / 64);
+        parameters.push_back(session.ToParameter(value, store.Field(f).Type));
     }
     if (changed.empty())
         return;  // changed and changed back: nothing to send
-    Condition where = KeyCondition(store, row);
-    for (int f : changed) {
-        if (std::find(mPlan.keyFields.begin(), mPlan.keyFields.end(), f) == mPlan.keyFields.end())
-            AddMatch(where, store, row, f);
+    // The row is found by its key and by the values the changed columns had.
+    const auto addMatches = [&](bool withText) {
+        Condition where = KeyCondition(store, row, withText);
+        for (int f : changed) {
+            if (std::find(mPlan.keyFields.begin(), mPlan.keyFields.end(), f) == mPlan.keyFields.end())
+                AddMatch(where, store, row, f);
+        }
+        return where;
+    };
+    Condition where = addMatches(false);
+    shape += where.shape;
+    UpdateText& text = mUpdateTexts[shape];
+    if (text.sql.isEmpty()) {
+        QStringList assignments;
+        for (int f : changed)
+            assignments << session.QuoteName(mPlan.baseColumns[f]) + QStringLiteral(" = ?");
+        text.sql = QStringLiteral("UPDATE %1 SET %2 WHERE %3")
+                       .arg(Table(), assignments.join(QStringLiteral(", ")), addMatches(true).sql);
     }
-    parameters.insert(parameters.end(), where.parameters.begin(), where.parameters.end());
-    const QString sql = QStringLiteral("UPDATE %1 SET %2 WHERE %3").arg(Table(), assignments.join(QStringLiteral(", ")), where.sql);
-    if (Change(sql, parameters) == 0)
+    if (!text.statement || text.generation != mSession->Generation()) {
+        text.statement = &mSession->Cached(text.sql);
+        text.generation = mSession->Generation();
+    }
+    parameters.insert(parameters.end(), std::make_move_iterator(where.parameters.begin()),
+                      std::make_move_iterator(where.parameters.end()));
+    SqlStatement& statement = *text.statement;
+    statement.Execute(parameters);
+    const int affected = statement.RowsAffected();
+    statement.Finish();
+    if (affected == 0)
         Refuse(attempt.outcome, row, ConflictStatus(store, row));
 }
 

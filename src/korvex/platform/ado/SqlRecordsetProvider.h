@@ -14,6 +14,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <unordered_map>
 #include <vector>
 
@@ -47,10 +48,21 @@ public:
     const RecordsetPlan& Plan() const noexcept { return mPlan; }
 
 private:
+    // A WHERE clause and its parameters. Without text only the parameters and the clause's
+    // shape are gathered: rows of one shape share their statement's text, built once.
     struct Condition {
+        bool withText = true;
         QString sql;
+        std::string shape;
         std::vector<QVariant> parameters;
-        void Add(const QString& part, std::vector<QVariant> values);
+        void Append(const QString& part);  // nothing without text
+    };
+    // An UPDATE of one shape: its text, and its statement while the session that prepared it
+    // is still open.
+    struct UpdateText {
+        QString sql;
+        SqlStatement* statement = nullptr;
+        std::uint64_t generation = 0;
     };
     struct Attempt;
 
@@ -61,7 +73,7 @@ private:
     void Update(const RecordsetStore& store, RowId row, Attempt& attempt);
     void Delete(const RecordsetStore& store, RowId row, Attempt& attempt);
     // The row's key as the data source knows it (underlying values), or its rowid.
-    Condition KeyCondition(const RecordsetStore& store, RowId row) const;
+    Condition KeyCondition(const RecordsetStore& store, RowId row, bool withText = true) const;
     void AddMatch(Condition& where, const RecordsetStore& store, RowId row, int field) const;
     // A row no statement found: still there under its key (changed by someone) or gone.
     int ConflictStatus(const RecordsetStore& store, RowId row) const;
@@ -71,6 +83,7 @@ private:
 
     std::shared_ptr<SqlSession> mSession;
     RecordsetPlan mPlan;
+    std::unordered_map<std::string, UpdateText> mUpdateTexts;  // UPDATE statements by shape
     std::vector<std::int64_t> mRowIds;
 };
 

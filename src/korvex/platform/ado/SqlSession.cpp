@@ -84,6 +84,7 @@ void SqlSession::Close()
     if (!mOpen)
         return;
     DropStatements();
+    ++mGeneration;
     mTables.clear();
     if (TransactionOpen()) {
         try {

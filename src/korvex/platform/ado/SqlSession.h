@@ -17,6 +17,7 @@
 #include <QString>
 #include <QVariant>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -60,6 +61,8 @@ public:
     void Open(const ConnectionString& settings);
     void Close();
     bool IsOpen() const { return mOpen; }
+    // Changes whenever the session closes: statements from an earlier generation are gone.
+    std::uint64_t Generation() const { return mGeneration; }
     const QString& ErrorSource() const { return mErrorSource; }
     // What the server calls itself ("SQLite", "PostgreSQL", "Microsoft SQL Server" ...).
     const QString& DbmsName() const { return mDbmsName; }
@@ -147,6 +150,7 @@ private:
     QSqlDatabase mDb;
     bool mOpen = false;
     bool mTransaction = false;
+    std::uint64_t mGeneration = 0;
     QString mDbmsName;
     QString mDbmsVersion;
     QHash<QString, std::shared_ptr<SqlStatement>> mStatements;

@@ -35,8 +35,8 @@ public:
 
     void Execute(std::span<const QVariant> parameters) override
     {
+        // Every parameter is bound again below, so the old bindings need no clearing.
         sqlite3_reset(mStatement);
-        sqlite3_clear_bindings(mStatement);
         mPending = false;
         mDone = false;
         mChanges = 0;

@@ -6,6 +6,7 @@
 #include "korvex/platform/ado/AdoError.h"
 #include "korvex/platform/ado/ConnectionString.h"
 #include "korvex/platform/ado/SelectParser.h"
+#include "korvex/runtime/Error.h"
 
 #include <cstdlib>
 

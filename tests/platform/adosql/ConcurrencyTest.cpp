@@ -20,16 +20,15 @@ const QString Select = QStringLiteral("SELECT id, name, city FROM people ORDER B
 const QString Cities = QStringLiteral("SELECT city FROM people ORDER BY id");
 const QString Names = QStringLiteral("SELECT name FROM people ORDER BY id");
 
-class TwoUsers : public ::testing::TestWithParam<Backend> {
+class TwoUsers : public BackendTest {
 protected:
     void SetUp() override
     {
-        QString whyNot;
-        const QString text = mDatabase.Open(GetParam(), &whyNot);
-        if (text.isEmpty())
-            GTEST_SKIP() << whyNot.toStdString();
-        mFirst = Connect(text);
-        mSecond = Connect(text);
+        BackendTest::SetUp();
+        if (IsSkipped())
+            return;
+        mFirst = mConnection;
+        mSecond = Connect(mText);
         mFirst->Execute(QStringLiteral("DROP TABLE IF EXISTS people"));
         mFirst->Execute(QStringLiteral("CREATE TABLE people (id INTEGER PRIMARY KEY, name VARCHAR(40), city VARCHAR(40))"));
         mFirst->Execute(QStringLiteral("INSERT INTO people VALUES (1, 'Ann', 'Oslo'), (2, 'Bob', NULL), (3, 'Cy', 'Rome')"));
@@ -66,7 +65,6 @@ protected:
     static constexpr int Pending = adRecNew | adRecModified | adRecDeleted;
     static constexpr int Refused = adRecConcurrencyViolation | adRecDBDeleted | adRecIntegrityViolation;
 
-    TestDatabase mDatabase;
     std::shared_ptr<Connection> mFirst;
     std::shared_ptr<Connection> mSecond;
     std::shared_ptr<Recordset> mMine;
@@ -213,7 +211,6 @@ TEST_P(TwoUsers, InsertsReadBackTheirGeneratedKeysAndRequerySeesTheOtherUser)
     EXPECT_TRUE(Seek(mine, "body", QStringLiteral("theirs")));
 }
 
-INSTANTIATE_TEST_SUITE_P(Backends, TwoUsers, ::testing::Values(Backend::SQLite, Backend::PostgreSQL, Backend::ODBC),
-                         [](const ::testing::TestParamInfo<Backend>& p) { return std::string(NameOf(p.param)); });
+KORVEX_ON_EVERY_BACKEND(TwoUsers);
 
 }  // namespace

@@ -59,21 +59,14 @@ void CreateStock(const std::shared_ptr<Connection>& connection)
 const QString StockSelect = QStringLiteral("SELECT item, name, qty FROM stock ORDER BY item");
 const QString Quantities = QStringLiteral("SELECT qty FROM stock ORDER BY item");
 
-class Faults : public ::testing::TestWithParam<Backend> {
+class Faults : public BackendTest {
 protected:
     void SetUp() override
     {
-        QString whyNot;
-        mText = mDatabase.Open(GetParam(), &whyNot);
-        if (mText.isEmpty())
-            GTEST_SKIP() << whyNot.toStdString();
-        mConnection = Connect(mText);
-        CreateStock(mConnection);
+        BackendTest::SetUp();
+        if (!IsSkipped())
+            CreateStock(mConnection);
     }
-
-    TestDatabase mDatabase;
-    QString mText;
-    std::shared_ptr<Connection> mConnection;
 };
 
 TEST_P(Faults, ConstraintRefusesItsRowAndTheOthersAreWritten)
@@ -113,8 +106,7 @@ TEST_P(Faults, ConstraintRefusesItsRowAndTheOthersAreWritten)
     EXPECT_EQ((QStringList{"50", "0", "70", "1", "<Null>"}), ReadColumn(mConnection, Quantities));
 }
 
-INSTANTIATE_TEST_SUITE_P(Backends, Faults, ::testing::Values(Backend::SQLite, Backend::PostgreSQL, Backend::ODBC),
-                         [](const ::testing::TestParamInfo<Backend>& p) { return std::string(NameOf(p.param)); });
+KORVEX_ON_EVERY_BACKEND(Faults);
 
 TEST(SqliteFaults, LockedDatabaseLeavesTheWholeBatchPending)
 {

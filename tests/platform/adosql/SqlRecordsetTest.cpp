@@ -26,15 +26,13 @@ Variant FieldProperty(const std::shared_ptr<Recordset>& rs, const char* field, c
     return rs->Fields()->Item(Variant(field))->Properties()->Item(Variant(property))->Value();
 }
 
-class SqlRecordset : public ::testing::TestWithParam<Backend> {
+class SqlRecordset : public BackendTest {
 protected:
     void SetUp() override
     {
-        QString whyNot;
-        mText = mDatabase.Open(GetParam(), &whyNot);
-        if (mText.isEmpty())
-            GTEST_SKIP() << whyNot.toStdString();
-        mConnection = Connect(mText);
+        BackendTest::SetUp();
+        if (IsSkipped())
+            return;
         mConnection->Execute(QStringLiteral("DROP TABLE IF EXISTS \"Order Lines\""));
         mConnection->Execute(QStringLiteral("DROP TABLE IF EXISTS customers"));
         mConnection->Execute(QStringLiteral(
@@ -43,10 +41,6 @@ protected:
         mConnection->Execute(QStringLiteral("CREATE TABLE customers (code VARCHAR(10) PRIMARY KEY, name VARCHAR(40))"));
         mConnection->Execute(QStringLiteral("INSERT INTO customers VALUES ('A1', 'Ann'), ('B2', 'Bob')"));
     }
-
-    TestDatabase mDatabase;
-    QString mText;
-    std::shared_ptr<Connection> mConnection;
 };
 
 TEST_P(SqlRecordset, FieldsKnowTheirBaseTableColumnsAndKey)
@@ -141,8 +135,7 @@ TEST_P(SqlRecordset, CancelBatchResyncAndRequery)
     EXPECT_TRUE(Seek(rs, "code", "C3"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Backends, SqlRecordset, ::testing::Values(Backend::SQLite, Backend::PostgreSQL, Backend::ODBC),
-                         [](const ::testing::TestParamInfo<Backend>& p) { return std::string(NameOf(p.param)); });
+KORVEX_ON_EVERY_BACKEND(SqlRecordset);
 
 TEST(Connection, OpensProvidersAndReportsStateAndNames)
 {

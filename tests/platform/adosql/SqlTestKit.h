@@ -11,6 +11,8 @@
 
 #include <QStringList>
 
+#include <gtest/gtest.h>
+
 #include <memory>
 
 namespace korvex::ado::test {
@@ -55,6 +57,36 @@ inline std::shared_ptr<Connection> Connect(const QString& connectionString)
     connection->Open(connectionString);
     return connection;
 }
+
+// Tests run once per backend: a database of the backend and a first connection to it; skipped
+// with the reason where the backend is missing.
+class BackendTest : public ::testing::TestWithParam<Backend> {
+protected:
+    void SetUp() override
+    {
+        QString whyNot;
+        mText = mDatabase.Open(GetParam(), &whyNot);
+        if (mText.isEmpty())
+            GTEST_SKIP() << whyNot.toStdString();
+        mConnection = Connect(mText);
+    }
+
+    TestDatabase mDatabase;
+    QString mText;
+    std::shared_ptr<Connection> mConnection;
+};
+
+inline std::string BackendName(const ::testing::TestParamInfo<Backend>& info)
+{
+    return NameOf(info.param);
+}
+
+#define KORVEX_ON_EVERY_BACKEND(Suite)                                                                             \
+    INSTANTIATE_TEST_SUITE_P(Backends, Suite,                                                                      \
+                             ::testing::Values(::korvex::ado::test::Backend::SQLite,                               \
+                                               ::korvex::ado::test::Backend::PostgreSQL,                           \
+                                               ::korvex::ado::test::Backend::ODBC),                                \
+                             ::korvex::ado::test::BackendName)
 
 inline std::shared_ptr<Recordset> OpenBatch(const std::shared_ptr<Connection>& connection, const QString& sql)
 {

@@ -96,9 +96,14 @@ TEST_P(SqlRecordset, HostileValuesAndNamesWithBlanksRoundTripUnchanged)
         const QString changed = CStr(ValueOf(again, "Select")) + QStringLiteral("'; --");
         SetValueOf(again, "Select", Variant(changed));
         expected << changed;
+        // Floating point read back through a driver is still found by its original.
+        if (!ValueOf(again, "Unit Price").IsNull())
+            SetValueOf(again, "Unit Price", Variant(CDbl(ValueOf(again, "Unit Price")) + 1.0));
     }
     again->UpdateBatch();
     EXPECT_EQ(expected, ReadColumn(mConnection, select));
+    EXPECT_EQ((QStringList{"<Null>", "1100", "<Null>", "1300", "<Null>", "1500", "<Null>"}),
+              ReadColumn(mConnection, QStringLiteral("SELECT CAST(ROUND(\"Unit Price\" * 1000) AS INTEGER) FROM \"Order Lines\" ORDER BY \"Line\"")));
     for (again->MoveFirst(); !again->IsEOF(); again->MoveNext())
         again->Delete();
     again->UpdateBatch();

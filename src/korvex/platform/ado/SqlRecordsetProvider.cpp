@@ -7,6 +7,8 @@
 #include "korvex/platform/ado/SqlSession.h"
 #include "korvex/runtime/Conversions.h"
 
+#include <cmath>
+
 namespace korvex::ado {
 namespace {
 
@@ -191,6 +193,15 @@ void SqlRecordsetProvider::AddMatch(Condition& where, const RecordsetStore& stor
             where.Append(session.DateMatch(column));
         for (QVariant& parameter : session.DateParameters(value, def.Type))
             where.parameters.push_back(std::move(parameter));
+    } else if (def.Info().storage == StorageKind::Real) {
+        // Binary floating point does not always survive a driver's text form exactly (SQLite's
+        // ODBC driver reads 0.30000000000000004 as 0.3): equal within a relative 1e-12.
+        where.shape += 'R';
+        if (where.withText)
+            where.Append(QStringLiteral("ABS(%1 - ?) <= ?").arg(column));
+        const double number = CDbl(value);
+        where.parameters.emplace_back(number);
+        where.parameters.emplace_back(std::abs(number) * 1e-12);
     } else {
         where.shape += 'V';
         if (where.withText)
@@ -279,12 +290,7 @@ void SqlRecordsetProvider::Delete(const RecordsetStore& store, RowId row, Attemp
     Condition where = KeyCondition(store, row);
     for (int f = 0; f < store.FieldCount(); ++f) {
         const bool key = std::find(mPlan.keyFields.begin(), mPlan.keyFields.end(), f) != mPlan.keyFields.end();
-        // Binary floating point may not survive the trip through a driver's text exactly: such a
-        // column could refuse a row nobody touched, so the other columns vouch for the row.
-        // (Decimals are held as Double here too.)
-        const bool approximate = store.Field(f).Info().storage == StorageKind::Real;
-        const bool comparable =
-            !approximate && (mSession->Kind() != SqlSession::Dialect::ODBC || !(store.Field(f).Attributes & adFldLong));
+        const bool comparable = mSession->Kind() != SqlSession::Dialect::ODBC || !(store.Field(f).Attributes & adFldLong);
         if (!key && comparable && !mPlan.baseColumns[f].isEmpty() && store.Field(f).IsUpdatable())
             AddMatch(where, store, row, f);
     }

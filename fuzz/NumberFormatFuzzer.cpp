@@ -1,7 +1,8 @@
 // ZqNumber's formats and the numeric box's renderer over arbitrary ranges, settings, values and
-// format strings. Nothing may crash; a refused range may only raise the library's error; and
-// whatever a field shows while editing a value in its range must be typeable under its own
-// rules and read back as that value.
+// format strings, and its typing rules over arbitrary text. Nothing may crash; a refused range
+// may only raise the library's error; whatever a field shows while editing a value in its range
+// must be typeable under its own rules and read back as that value; typed text it takes must
+// read as a value.
 #include "korvex/controls/input/ZqNumber.h"
 #include "korvex/platform/numberbox/NumberBox.h"
 #include "korvex/platform/numberbox/NumberEditValidator.h"
@@ -59,7 +60,19 @@ void CheckRenderer(const QString& format, std::int64_t bits, const NumberSeparat
         (void)RenderNumberFormat(format, value, separators);
         (void)RenderEditText(format, value, separators);
     }
-    (void)EditRulesOf(format);
+    // The same bytes as typed or pasted text under the format's own rules: whatever the box
+    // lets through must read as a value, and the caret must stay inside the text.
+    NumberEditValidator validator;
+    validator.SetRules(EditRulesOf(format));
+    validator.SetSeparators(separators);
+    QString typed = format;
+    int pos = static_cast<int>(typed.size());
+    if (validator.validate(typed, pos) != QValidator::Invalid) {
+        if (!NumberEditValidator::ValueOf(typed, separators.Decimal))
+            std::abort();  // the box would show a text whose value it cannot give
+        if (pos < 0 || pos > typed.size())
+            std::abort();
+    }
 }
 
 void CheckField(Reader& in, bool german)

@@ -61,6 +61,9 @@ int main(int argc, char** argv)
     main.OpenForm(QStringLiteral("frmLabels"));
     main.OpenForm(QStringLiteral("frmInputs"));
     main.OpenForm(QStringLiteral("frmNumbers"));
+    // Screenshots get a main window large enough that each tiled form shows at its designed size.
+    if (parser.isSet(screenshot))
+        main.resize(1280, 960);
     main.Area()->tileSubWindows();
 
     if (parser.isSet(screenshot)) {

@@ -10,6 +10,7 @@
 #include "korvex/platform/host/TextBox.h"
 #include "korvex/platform/numberbox/NumberBox.h"
 #include "korvex/platform/system/MessageBoxService.h"
+#include "korvex/platform/system/SystemInfo.h"
 #include "korvex/runtime/Conversions.h"
 #include "korvex/runtime/Error.h"
 #include "korvex/runtime/LateBinding.h"
@@ -18,6 +19,7 @@
 #include "tests/support/Printers.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QJsonDocument>
 #include <QLineEdit>
 #include <QSignalSpy>
@@ -26,6 +28,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
 #include <limits>
 
 namespace korvex {
@@ -203,6 +206,51 @@ TEST(ZqNumber, TypingUsesTheRegionalDecimalSymbolAndTheIntegerPositions)
     QTest::keyClicks(f.Line(), QStringLiteral("1234,567"));
     EXPECT_EQ(f.number->DisplayText(), "123,56") << "a fourth integer digit and a third decimal are refused";
     EXPECT_EQ(f.number->Value(), Cur(123.56));
+}
+
+// The binding layer reads Value late bound on Change, Validate and LostFocus and when it saves
+// while the field still has the focus: each time it must get the number the text shows.
+TEST(ZqNumber, ValueFollowsTheTypedTextWhileTheFieldHasTheFocus)
+{
+    NumberOnForm f;
+    f.Range(-1000, 1000);
+    f.number->SetValue(Cur(5));
+    QStringList seen;
+    const auto lateBound = [&] { return GetProperty(f.number, QStringLiteral("Value")); };
+    QObject::connect(f.number, &ZqNumber::Change, [&] { seen << f.number->DisplayText() + "=" + CStr(lateBound()); });
+    ASSERT_TRUE(f.Focus());
+    f.SelectAll();
+    QTest::keyClicks(f.Line(), QStringLiteral("12.5"));
+    EXPECT_EQ(seen, (QStringList{"1=1", "12=12", "12.=12", "12.5=12.5"})) << "read in each Change";
+    EXPECT_EQ(lateBound(), Cur(12.5));
+    QTest::keyClick(f.Line(), Qt::Key_Minus);
+    EXPECT_EQ(lateBound(), Cur(-12.5)) << "the sign key";
+    QTest::keyClick(f.Line(), Qt::Key_Backspace);
+    EXPECT_EQ(f.number->DisplayText(), "-12.");
+    EXPECT_EQ(lateBound(), Cur(-12));
+    EXPECT_EQ(f.number->c1Number()->Value(), lateBound()) << "the wrapper and its inner box agree";
+
+    QApplication::clipboard()->setText(QStringLiteral("1,000"));
+    f.SelectAll();
+    f.Line()->paste();
+    EXPECT_EQ(lateBound(), Cur(1000)) << "a pasted number";
+    QTest::keyClick(f.Line(), Qt::Key_Backspace);
+    EXPECT_EQ(lateBound(), Cur(100));
+    f.Line()->undo();
+    EXPECT_EQ(f.number->DisplayText(), "1000");
+    EXPECT_EQ(lateBound(), Cur(1000)) << "undone";
+
+    Variant atValidate;
+    Variant atLostFocus;
+    QObject::connect(f.number, &Control::Validate, [&](bool&) { atValidate = lateBound(); });
+    QObject::connect(f.number, &Control::LostFocus, [&] { atLostFocus = lateBound(); });
+    f.SelectAll();
+    QTest::keyClicks(f.Line(), QStringLiteral("750"));
+    f.other->SetFocus();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return f.other->LineEdit()->hasFocus(); }, 1000));
+    EXPECT_EQ(atValidate, Cur(750));
+    EXPECT_EQ(atLostFocus, Cur(750));
+    EXPECT_EQ(f.number->DisplayText(), "750.00");
 }
 
 TEST(ZqNumber, DeletingTheWholeTextGivesNullZeroOrTheMinimum)
@@ -395,6 +443,46 @@ TEST(ZqNumber, ReadOnlyTakesTheLockedColoursAndNoTabStop)
     f.number->SetEnabled(false);
     EXPECT_FALSE(inner->isEnabled());
     EXPECT_EQ(GetProperty(f.number, QStringLiteral("Enabled")), Variant(false)) << "as the binding reads it";
+}
+
+// The colours as painted, not only as stored: a locked field in the button face, its negative
+// numbers in the button text, and both back to the window colours when editable again.
+TEST(ZqNumber, ReadOnlyColoursArePainted)
+{
+    SystemInfo::Start();
+    SystemInfo::PinSysColor(vbButtonFace & 0xFF, RGB(200, 100, 50));
+    SystemInfo::PinSysColor(vbButtonText & 0xFF, RGB(0, 160, 0));
+    SystemInfo::PinSysColor(vbWindowBackground & 0xFF, RGB(255, 255, 255));
+    SystemInfo::PinSysColor(vbWindowText & 0xFF, RGB(0, 0, 200));
+    struct Unpin {
+        ~Unpin() { SystemInfo::ClearPins(); }
+    } unpin;
+    NumberOnForm f;
+    f.number->SetValue(Cur(-88888.88));
+    // Pixels of the rendered control that are exactly the background or clearly the ink of a
+    // text colour (glyph edges are blended with the background).
+    const auto count = [&](const std::function<bool(QColor)>& is) {
+        const QImage image = f.number->grab().toImage();
+        int n = 0;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                n += is(image.pixelColor(x, y));
+        return n;
+    };
+    const auto face = [](QColor c) { return c.rgb() == qRgb(200, 100, 50); };
+    const auto window = [](QColor c) { return c.rgb() == qRgb(255, 255, 255); };
+    const auto greenInk = [](QColor c) { return c.green() > 100 && c.red() < 110 && c.blue() < 90; };
+    const auto blueInk = [](QColor c) { return c.blue() > 150 && c.red() < 110 && c.green() < 110; };
+    f.number->SetReadOnly(true);
+    const int area = f.number->width() * f.number->height();
+    EXPECT_GT(count(face), area / 3) << "locked: button face";
+    EXPECT_GT(count(greenInk), 20) << "a negative number in the button text";
+    EXPECT_EQ(count(blueInk), 0);
+    f.number->SetReadOnly(false);
+    EXPECT_GT(count(window), area / 3) << "editable: window background";
+    EXPECT_GT(count(blueInk), 20) << "a negative number in the window text";
+    EXPECT_LT(count(face), 10) << "no button face left but for blended border pixels";
+    EXPECT_EQ(count(greenInk), 0);
 }
 
 TEST(ZqNumber, PersistenceKeepsOnlyWhatDiffersFromTheDefaults)

@@ -292,6 +292,24 @@ TEST_F(ZqTextTest, PersistenceStoresOnlyWhatDiffersAndRefusesBadValues)
     EXPECT_EQ(changed.count(), 0);
 }
 
+TEST_F(ZqTextTest, SelectionWritesActOnTheInnerBoxAndNotifyTheContainer)
+{
+    ZqText box(form.Client());
+    box.SetText(QStringLiteral("invoice 2024"));
+    QSignalSpy notices(&box, &UserControl::PropertyChangedNotification);
+    QSignalSpy changes(&box, &ZqText::Change);
+    SetProperty(&box, QStringLiteral("SelStart"), std::int32_t{8});
+    SetProperty(&box, QStringLiteral("SelLength"), std::int32_t{4});
+    EXPECT_EQ(box.SelText(), "2024");
+    SetProperty(&box, QStringLiteral("SelText"), QStringLiteral("2025"));
+    EXPECT_EQ(box.Text(), "invoice 2025") << "the stored text follows the inner box";
+    EXPECT_EQ(changes.count(), 1);
+    QStringList names;
+    for (const QList<QVariant>& n : notices)
+        names << n.at(0).toString();
+    EXPECT_EQ(names, (QStringList{"SelStart", "SelLength", "SelText"}));
+}
+
 TEST_F(ZqTextTest, NewControlIsNamedRegisteredAndFillsItsArea)
 {
     auto* created = ControlRegistry::Create(QStringLiteral("ZqText"), form.Client());

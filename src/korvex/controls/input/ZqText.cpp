@@ -145,6 +145,25 @@ void ZqText::KeyPress(short AsciiChar)
     emit Change();
 }
 
+// The selection is not persisted, yet the container hears of every write, as for any property.
+void ZqText::SetSelStart(int start)
+{
+    txt->SetSelStart(start);
+    PropertyChanged(QStringLiteral("SelStart"));
+}
+
+void ZqText::SetSelLength(int length)
+{
+    txt->SetSelLength(length);
+    PropertyChanged(QStringLiteral("SelLength"));
+}
+
+void ZqText::SetSelText(const QString& text)
+{
+    txt->SetSelText(text);
+    PropertyChanged(QStringLiteral("SelText"));
+}
+
 void ZqText::Refresh()
 {
     txt->Refresh();

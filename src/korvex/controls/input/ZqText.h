@@ -78,11 +78,11 @@ public:
     short ScrollBars() const { return txt->ScrollBars(); }
     // The selection of what the inner box shows at the moment.
     int SelStart() const { return txt->SelStart(); }
-    void SetSelStart(int start) { txt->SetSelStart(start); }
+    void SetSelStart(int start);
     int SelLength() const { return txt->SelLength(); }
-    void SetSelLength(int length) { txt->SetSelLength(length); }
+    void SetSelLength(int length);
     QString SelText() const { return txt->SelText(); }
-    void SetSelText(const QString& text) { txt->SetSelText(text); }
+    void SetSelText(const QString& text);
     qlonglong hWndTextBox() const { return txt->hWnd(); }
     qlonglong hwnd() const { return hWnd(); }
 

@@ -3,6 +3,7 @@
 // rest of the batch written, and nothing of the first user's work lost. Run on SQLite, PostgreSQL
 // and SQLite through ODBC.
 #include "tests/platform/adosql/SqlTestKit.h"
+#include "tests/support/ErrorOf.h"
 
 #include "korvex/platform/ado/DriverError.h"
 #include "korvex/platform/ado/Field.h"
@@ -209,6 +210,25 @@ TEST_P(TwoUsers, InsertsReadBackTheirGeneratedKeysAndRequerySeesTheOtherUser)
     EXPECT_EQ(3, mine->RecordCount());
     EXPECT_EQ(0, mine->Status() & (Pending | Refused));
     EXPECT_TRUE(Seek(mine, "body", QStringLiteral("theirs")));
+}
+
+TEST_P(TwoUsers, ImmediateUpdatesWriteAtOnceAndRefuseWhatTheOtherChanged)
+{
+    auto mine = std::make_shared<Recordset>();
+    mine->Open(Variant(Select), Variant(static_cast<QObject*>(mFirst.get())), adOpenStatic, adLockOptimistic);
+    auto theirs = OpenBatch(mSecond, Select);
+    SetValueOf(mine, "city", "Lima");
+    mine->Update();
+    EXPECT_EQ((QStringList{"Lima", "<Null>", "Rome"}), ReadColumn(mSecond, Cities));
+
+    ASSERT_TRUE(Seek(theirs, "id", "3"));
+    theirs->Delete();
+    theirs->UpdateBatch();
+    ASSERT_TRUE(Seek(mine, "id", "3"));
+    SetValueOf(mine, "city", "Bern");
+    EXPECT_EQ(adErrRowConflict, korvex::test::ErrorOf([&] { mine->Update(); }));
+    EXPECT_EQ(adRecModified | adRecDBDeleted, mine->Status() & (Pending | Refused));
+    EXPECT_EQ((QStringList{"Lima", "<Null>"}), ReadColumn(mSecond, Cities));
 }
 
 KORVEX_ON_EVERY_BACKEND(TwoUsers);

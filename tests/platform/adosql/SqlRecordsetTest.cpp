@@ -225,4 +225,28 @@ TEST(Connection, ExecuteTransactionsAndDriverErrors)
     EXPECT_EQ(2, ReadColumn(connection, QStringLiteral("SELECT s FROM t")).size());
 }
 
+TEST(Connection, WillExecuteMayRewriteOrCancelAndExecuteCompleteReports)
+{
+    auto connection = Connect(QStringLiteral("Data Source=:memory:"));
+    connection->Execute(QStringLiteral("CREATE TABLE t (n INTEGER)"));
+    QStringList seen;
+    std::vector<int> outcomes;
+    QObject::connect(connection.get(), &Connection::WillExecute, [&](QString& source, EventStatusEnum& status, Connection*) {
+        seen << source;
+        if (source.contains(QStringLiteral("forbidden")))
+            status = adStatusCancel;
+        source.replace(QStringLiteral("42"), QStringLiteral("43"));
+    });
+    QObject::connect(connection.get(), &Connection::ExecuteComplete,
+                     [&](int affected, const Error* error, EventStatusEnum&, Connection*) {
+                         outcomes.push_back(error ? error->Number() : affected);
+                     });
+    connection->Execute(QStringLiteral("INSERT INTO t VALUES (42)"));
+    EXPECT_EQ(adErrOperationCancelled, ErrorOf([&] { connection->Execute(QStringLiteral("DELETE FROM t -- forbidden")); }));
+    auto rs = OpenBatch(connection, QStringLiteral("SELECT n FROM t"));
+    EXPECT_EQ(43, CLng(ValueOf(rs, "n")));
+    EXPECT_EQ(3, seen.size());
+    EXPECT_EQ((std::vector<int>{1, adErrOperationCancelled, -1}), outcomes);
+}
+
 }  // namespace

@@ -19,7 +19,7 @@
 #include "tests/support/RaisedError.h"
 #include "tests/support/PinnedSettings.h"
 #include "tests/support/Printers.h"
-#include "tests/support/SqlTestKit.h"
+#include "tests/platform/adosql/SqlTestKit.h"
 
 #include <QApplication>
 #include <QDateTime>

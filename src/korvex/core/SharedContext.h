@@ -15,6 +15,9 @@ class clsLanguage;
 class clsCharTranslation;
 class clsPublic;
 class clsDatabase;
+namespace ado {
+class Connection;
+}
 
 struct SharedContext {
     // Host objects: not owned; they read as Nothing once the host destroys them.
@@ -28,6 +31,9 @@ struct SharedContext {
     std::shared_ptr<clsCharTranslation> CurrentCharTranslation;
     std::shared_ptr<clsPublic> CurrentPublic;
     std::shared_ptr<clsDatabase> CurrentDatabase;
+
+    // The application's shared database connection (clsDatabase.gcn); null until the host sets it.
+    std::shared_ptr<ado::Connection> gcn;
 
     // 0 not yet known, 1 not in the development environment, 2 inside it.
     short DevelopmentEnvironment = 0;

@@ -6,6 +6,7 @@
 #include "korvex/platform/ado/Fields.h"
 #include "korvex/platform/ado/Properties.h"
 #include "korvex/platform/ado/RecordsetProvider.h"
+#include "korvex/platform/ado/RowSource.h"
 #include "korvex/platform/ado/RowFilter.h"
 #include "korvex/platform/ado/RowSorter.h"
 #include "korvex/runtime/Conversions.h"
@@ -55,13 +56,22 @@ void Recordset::Moving(EventReasonEnum reason, Step&& move)
 
 // --- Opening and closing ---------------------------------------------------------------------
 
-void Recordset::Open(const Variant& Source, const Variant&, int CursorType, int LockType, int)
+void Recordset::Open(const Variant& Source, const Variant& ActiveConnection, int CursorType, int LockType, int Options)
 {
     if (mStore)
         RaiseAdo(adErrObjectOpen);
     const bool noSource = Source.IsEmpty() || Source.IsNull() || (Source.IsString() && Source.As<QString>()->isEmpty());
-    if (!noSource)
-        RaiseAdo(adErrInvalidConnection);
+    if (!noSource) {
+        auto* connection = dynamic_cast<RowSource*>(ActiveConnection.Object());
+        if (!connection)
+            RaiseAdo(ActiveConnection.IsObject() || ActiveConnection.IsEmpty() ? adErrInvalidConnection : adErrInvalidArgument);
+        if (!Source.IsString())
+            RaiseAdo(adErrInvalidArgument);
+        if (LockType == adLockUnspecified && !mLockTypeSet)
+            LockType = adLockReadOnly;
+        OpenStore(connection->OpenSource(*Source.As<QString>(), Options), CursorType, LockType);
+        return;
+    }
     if (mFieldDefs.empty())
         RaiseAdo(adErrInvalidArgument);
     auto store = std::make_shared<RecordsetStore>(mFieldDefs);
@@ -136,6 +146,15 @@ void Recordset::Close()
     mFilter = Variant(std::int32_t{0});
     mSort.clear();
     mLastAffected.clear();
+}
+
+void Recordset::Requery(int)
+{
+    RequireOpen();
+    if (mEditMode == adEditInProgress || mEditMode == adEditAdd)
+        RaiseAdo(adErrIllegalOperation);
+    std::shared_ptr<RecordsetStore> store = mStore->Provider().Requery(*mStore);
+    Moving(adRsnRequery, [&] { Attach(std::move(store)); });
 }
 
 std::shared_ptr<Recordset> Recordset::Clone(int LockType)
@@ -797,6 +816,13 @@ std::optional<Error> Recordset::SendChanges(std::span<const RowId> rows)
             accepted.push_back(row);
     }
     mStore->AcceptChanges(accepted, this);
+    if (!outcome.values.empty()) {
+        std::sort(accepted.begin(), accepted.end());
+        for (const SourceValue& v : outcome.values) {
+            if (std::binary_search(accepted.begin(), accepted.end(), v.row))
+                mStore->SetSourceValue(v.row, v.field, v.value);
+        }
+    }
     mLastAffected.assign(rows.begin(), rows.end());
     Sync();
     return std::move(outcome.error);

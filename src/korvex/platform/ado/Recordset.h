@@ -56,7 +56,8 @@ public:
 
     // Opening and closing.
     // Without a source: a fabricated recordset over the appended fields (3001 without fields).
-    // Opening a source needs a connection, which this engine does not have: 3709.
+    // With a source: its rows, read through ActiveConnection (an open Connection; 3709 without
+    // one). Such a recordset is read-only unless a lock type is given, as ADO's default is.
     Q_INVOKABLE void Open(const korvex::Variant& Source = {}, const korvex::Variant& ActiveConnection = {},
                           int CursorType = adOpenUnspecified, int LockType = adLockUnspecified,
                           int Options = adCmdUnspecified);
@@ -64,6 +65,10 @@ public:
     void OpenStore(std::shared_ptr<RecordsetStore> store, int CursorType = adOpenUnspecified,
                    int LockType = adLockUnspecified);
     Q_INVOKABLE void Close();
+    // Runs the source again, as Close and Open would: pending changes go, Filter and Sort are
+    // cleared, the first record is current (MoveComplete adRsnRequery). Clones keep the old rows.
+    // 3219 while a record is being edited or added; 3251 on a fabricated recordset.
+    Q_INVOKABLE void Requery(int Options = -1);
     // A recordset over the same rows, with its own cursor (on the first record), no filter and no
     // sort. LockType: adLockUnspecified keeps the lock type, adLockReadOnly makes it read-only.
     std::shared_ptr<Recordset> Clone(int LockType = adLockUnspecified);

@@ -18,4 +18,9 @@ void RecordsetProvider::Resync(RecordsetStore&, std::span<const RowId>, ResyncEn
     RaiseAdo(adErrFeatureNotAvailable);
 }
 
+std::shared_ptr<RecordsetStore> RecordsetProvider::Requery(const RecordsetStore&)
+{
+    RaiseAdo(adErrFeatureNotAvailable);
+}
+
 }  // namespace korvex::ado

@@ -8,7 +8,9 @@
 #include "korvex/platform/ado/AdoEnums.h"
 #include "korvex/platform/ado/Column.h"
 #include "korvex/runtime/Error.h"
+#include "korvex/runtime/Variant.h"
 
+#include <memory>
 #include <optional>
 #include <span>
 #include <utility>
@@ -18,6 +20,13 @@ namespace korvex::ado {
 
 class RecordsetStore;
 
+// A value the data source chose for a row it accepted: a generated key, say.
+struct SourceValue {
+    RowId row = 0;
+    int field = 0;
+    Variant value;
+};
+
 // What became of a batch sent to the data source.
 struct BatchOutcome {
     // Rows the data source refused, each with the status flags that say why
@@ -26,6 +35,8 @@ struct BatchOutcome {
     std::vector<std::pair<RowId, int>> refused;
     // Raised to the caller of UpdateBatch once the refused rows are marked.
     std::optional<Error> error;
+    // Stored into accepted rows as values read from the data source.
+    std::vector<SourceValue> values;
 };
 
 class RecordsetProvider {
@@ -40,6 +51,9 @@ public:
     // adResyncAllValues through store.ReplaceValues; a row the data source no longer has gets
     // adRecDBDeleted (store.AddStatusFlags).
     virtual void Resync(RecordsetStore& store, std::span<const RowId> rows, ResyncEnum values);
+
+    // Runs the source again and returns a new store with its rows (Recordset.Requery).
+    virtual std::shared_ptr<RecordsetStore> Requery(const RecordsetStore& store);
 };
 
 }  // namespace korvex::ado

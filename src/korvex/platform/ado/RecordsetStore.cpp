@@ -273,6 +273,18 @@ void RecordsetStore::ReplaceValues(RowId row, std::span<const Variant> values)
     }
 }
 
+void RecordsetStore::SetSourceValue(RowId row, int field, const Variant& value)
+{
+    Variant stored = Null;
+    if (!value.IsNull() && !value.IsEmpty()) {
+        FieldInput input = ConvertForField(value, mFields[static_cast<std::size_t>(field)]);
+        if (input.status != adFieldOK)
+            RaiseAdo(adErrMultipleStep, FieldSource);
+        stored = std::move(input.value);
+    }
+    WriteColumn(row, field, stored);
+}
+
 void RecordsetStore::SetOptimized(int field, bool on)
 {
     const auto f = static_cast<std::size_t>(field);

@@ -97,6 +97,9 @@ public:
     void SetUnderlyingValue(RowId row, int field, const Variant& value);
     // The data source's values replace the row's, pending changes included.
     void ReplaceValues(RowId row, std::span<const Variant> values);
+    // A value the data source chose for a written row (a generated key): stored as read, the
+    // row's status unchanged.
+    void SetSourceValue(RowId row, int field, const Variant& value);
 
     // "Optimize": an index on a text field, shared by all clones.
     void SetOptimized(int field, bool on);

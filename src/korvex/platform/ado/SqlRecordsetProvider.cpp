@@ -1,0 +1,413 @@
+// Writing a batch back with optimistic concurrency, reading rows again, running the source again.
+#include "korvex/platform/ado/SqlRecordsetProvider.h"
+
+#include "korvex/platform/ado/AdoError.h"
+#include "korvex/platform/ado/DriverError.h"
+#include "korvex/platform/ado/SqlRecordsetLoader.h"
+#include "korvex/platform/ado/SqlSession.h"
+#include "korvex/runtime/Conversions.h"
+
+#include <cmath>
+
+namespace korvex::ado {
+namespace {
+
+// The texts ADO's cursor engine gives a recordset that cannot say where its rows are.
+const QString NoBaseTable = QStringLiteral("Insufficient base table information for updating or refreshing.");
+const QString NoKey = QStringLiteral("Insufficient key column information for updating or refreshing.");
+
+// A row-level failure of PostgreSQL inside a batch without savepoints: the batch starts again,
+// guarding each row.
+struct RestartGuarded {};
+
+bool IsPresent(const Variant& value)
+{
+    return !value.IsNull() && !value.IsEmpty();
+}
+
+// A row someone else changed or deleted: refused, and the batch ends in ADO's conflict error.
+void Refuse(BatchOutcome& outcome, RowId row, int status)
+{
+    outcome.refused.emplace_back(row, status);
+    if (!outcome.error)
+        outcome.error = Error(adErrRowConflict, CursorEngineSource, RowConflictDescription());
+}
+
+}  // namespace
+
+// What one attempt at a batch produced; kept only when its transaction commits.
+struct SqlRecordsetProvider::Attempt {
+    BatchOutcome outcome;
+    std::vector<std::pair<RowId, std::int64_t>> rowIds;
+    bool guarded = false;  // each row inside its own savepoint
+};
+
+void SqlRecordsetProvider::Condition::Append(const QString& part)
+{
+    if (!withText)
+        return;
+    if (!sql.isEmpty())
+        sql += QStringLiteral(" AND ");
+    sql += part;
+}
+
+SqlRecordsetProvider::SqlRecordsetProvider(std::shared_ptr<SqlSession> session, RecordsetPlan plan,
+                                           std::vector<std::int64_t> rowIds)
+    : mSession(std::move(session)), mPlan(std::move(plan)), mRowIds(std::move(rowIds))
+{
+}
+
+SqlSession& SqlRecordsetProvider::Session() const
+{
+    if (!mSession->IsOpen())
+        RaiseAdo(adErrInvalidConnection);
+    return *mSession;
+}
+
+QString SqlRecordsetProvider::Table() const
+{
+    return mSession->QuoteTable(mPlan.schema, mPlan.table);
+}
+
+void SqlRecordsetProvider::RequireKey() const
+{
+    if (mPlan.table.isEmpty())
+        throw Error(adErrUnspecified, CursorEngineSource, NoBaseTable);
+    if (mPlan.keyFields.empty() && !mPlan.rowIdKey)
+        throw Error(adErrUnspecified, CursorEngineSource, NoKey);
+}
+
+BatchOutcome SqlRecordsetProvider::UpdateBatch(const RecordsetStore& store, std::span<const RowId> rows)
+{
+    SqlSession& session = Session();
+    if (mPlan.table.isEmpty())
+        throw Error(adErrUnspecified, CursorEngineSource, NoBaseTable);
+    // Inside the caller's own transaction the batch keeps to a savepoint, so that a failure
+    // takes back this batch's statements and nothing of the caller's.
+    const bool own = !session.InTransaction();
+    const QString batchPoint = QStringLiteral("korvex_batch");
+    bool guarded = !own && session.FailureEndsTransaction();
+    for (;;) {
+        Attempt attempt;
+        attempt.guarded = guarded;
+        try {
+            if (own)
+                session.Begin(true);
+            else if (session.SupportsSavepoints())
+                session.Run(QStringLiteral("SAVEPOINT ") + batchPoint);
+            for (RowId row : rows)
+                WriteRow(store, row, attempt);
+            if (own)
+                session.Commit();
+            else if (session.SupportsSavepoints())
+                session.Run(QStringLiteral("RELEASE SAVEPOINT ") + batchPoint);
+        } catch (...) {
+            // Nothing of this attempt stays written: every row keeps its pending changes.
+            try {
+                if (own && session.InTransaction())
+                    session.Rollback();
+                else if (!own && session.SupportsSavepoints())
+                    session.Run(QStringLiteral("ROLLBACK TO SAVEPOINT ") + batchPoint);
+            } catch (const Error&) {
+                // The connection is gone: the server has dropped the transaction with it.
+            }
+            try {
+                throw;
+            } catch (const RestartGuarded&) {
+                guarded = true;
+                continue;
+            }
+        }
+        for (const auto& [row, id] : attempt.rowIds) {
+            if (mRowIds.size() <= row)
+                mRowIds.resize(row + 1, 0);
+            mRowIds[row] = id;
+        }
+        return std::move(attempt.outcome);
+    }
+}
+
+void SqlRecordsetProvider::WriteRow(const RecordsetStore& store, RowId row, Attempt& attempt)
+{
+    SqlSession& session = *mSession;
+    const QString rowPoint = QStringLiteral("korvex_row");
+    if (attempt.guarded)
+        session.Run(QStringLiteral("SAVEPOINT ") + rowPoint);
+    try {
+        const int status = store.Status(row);
+        if (status & adRecNew)
+            Insert(store, row, attempt);
+        else if (status & adRecDeleted)
+            Delete(store, row, attempt);
+        else if (status & adRecModified)
+            Update(store, row, attempt);
+        if (attempt.guarded)
+            session.Run(QStringLiteral("RELEASE SAVEPOINT ") + rowPoint);
+    } catch (const DriverError& e) {
+        if (!e.IsRowError())
+            throw;
+        if (session.FailureEndsTransaction()) {
+            if (!attempt.guarded)
+                throw RestartGuarded{};
+            session.Run(QStringLiteral("ROLLBACK TO SAVEPOINT ") + rowPoint);
+            session.Run(QStringLiteral("RELEASE SAVEPOINT ") + rowPoint);
+        }
+        // The row stays pending with the reason; the batch goes on with the others.
+        const int flag = e.ErrorKind() == DriverError::Kind::Integrity ? adRecIntegrityViolation : adRecSchemaViolation;
+        attempt.outcome.refused.emplace_back(row, flag);
+        if (!attempt.outcome.error)
+            attempt.outcome.error = static_cast<const Error&>(e);
+    }
+}
+
+SqlRecordsetProvider::Condition SqlRecordsetProvider::KeyCondition(const RecordsetStore& store, RowId row,
+                                                                   bool withText) const
+{
+    RequireKey();
+    Condition where;
+    where.withText = withText;
+    where.parameters.reserve(mPlan.keyFields.size() + 4);
+    if (mPlan.rowIdKey) {
+        where.Append(QStringLiteral("rowid = ?"));
+        where.parameters.emplace_back(static_cast<qlonglong>(row < mRowIds.size() ? mRowIds[row] : 0));
+        return where;
+    }
+    for (int field : mPlan.keyFields)
+        AddMatch(where, store, row, field);
+    return where;
+}
+
+void SqlRecordsetProvider::AddMatch(Condition& where, const RecordsetStore& store, RowId row, int field) const
+{
+    const SqlSession& session = *mSession;
+    const FieldDef& def = store.Field(field);
+    const Variant value = store.UnderlyingValue(row, field);
+    const QString column = where.withText ? session.QuoteName(mPlan.baseColumns[field]) : QString();
+    if (!IsPresent(value)) {
+        where.shape += 'N';
+        if (where.withText)
+            where.Append(column + QStringLiteral(" IS NULL"));
+    } else if (def.Info().storage == StorageKind::Date) {
+        where.shape += 'D';
+        if (where.withText)
+            where.Append(session.DateMatch(column));
+        for (QVariant& parameter : session.DateParameters(value, def.Type))
+            where.parameters.push_back(std::move(parameter));
+    } else if (def.Info().storage == StorageKind::Real) {
+        // Binary floating point does not always survive a driver's text form exactly (SQLite's
+        // ODBC driver reads 0.30000000000000004 as 0.3): equal within a relative 1e-12.
+        where.shape += 'R';
+        if (where.withText)
+            where.Append(QStringLiteral("ABS(%1 - ?) <= ?").arg(column));
+        const double number = CDbl(value);
+        where.parameters.emplace_back(number);
+        where.parameters.emplace_back(std::abs(number) * 1e-12);
+    } else {
+        where.shape += 'V';
+        if (where.withText)
+            where.Append(column + QStringLiteral(" = ?"));
+        where.parameters.push_back(session.ToParameter(value, def.Type));
+    }
+}
+
+int SqlRecordsetProvider::Change(const QString& sql, const std::vector<QVariant>& parameters) const
+{
+    SqlStatement& statement = mSession->Cached(sql);
+    statement.Execute(parameters);
+    const int affected = statement.RowsAffected();
+    statement.Finish();
+    return affected;
+}
+
+int SqlRecordsetProvider::ConflictStatus(const RecordsetStore& store, RowId row) const
+{
+    const Condition key = KeyCondition(store, row);
+    SqlStatement& statement = mSession->Cached(QStringLiteral("SELECT 1 FROM %1 WHERE %2").arg(Table(), key.sql));
+    statement.Execute(key.parameters);
+    const bool exists = statement.Next();
+    statement.Finish();
+    return exists ? adRecConcurrencyViolation : adRecDBDeleted;
+}
+
+void SqlRecordsetProvider::Update(const RecordsetStore& store, RowId row, Attempt& attempt)
+{
+    const SqlSession& session = *mSession;
+    std::vector<QVariant> parameters;
+    std::vector<int> changed;
+    parameters.reserve(static_cast<std::size_t>(2 * store.FieldCount() + 2));
+    changed.reserve(static_cast<std::size_t>(store.FieldCount()));
+    std::string shape;
+    for (int f = 0; f < store.FieldCount(); ++f) {
+        if (mPlan.baseColumns[f].isEmpty())
+            continue;
+        Variant value = store.Value(row, f);
+        if (value == store.OriginalValue(row, f))
+            continue;
+        changed.push_back(f);
+        shape += static_cast<char>('0' + f % 64);
+        shape += static_cast<char>('0' + f / 64);
+        parameters.push_back(session.ToParameter(value, store.Field(f).Type));
+    }
+    if (changed.empty())
+        return;  // changed and changed back: nothing to send
+    // The row is found by its key and by the values the changed columns had.
+    const auto addMatches = [&](bool withText) {
+        Condition where = KeyCondition(store, row, withText);
+        for (int f : changed) {
+            if (std::find(mPlan.keyFields.begin(), mPlan.keyFields.end(), f) == mPlan.keyFields.end())
+                AddMatch(where, store, row, f);
+        }
+        return where;
+    };
+    Condition where = addMatches(false);
+    shape += where.shape;
+    UpdateText& text = mUpdateTexts[shape];
+    if (text.sql.isEmpty()) {
+        QStringList assignments;
+        for (int f : changed)
+            assignments << session.QuoteName(mPlan.baseColumns[f]) + QStringLiteral(" = ?");
+        text.sql = QStringLiteral("UPDATE %1 SET %2 WHERE %3")
+                       .arg(Table(), assignments.join(QStringLiteral(", ")), addMatches(true).sql);
+    }
+    if (!text.statement || text.generation != mSession->Generation()) {
+        text.statement = &mSession->Cached(text.sql);
+        text.generation = mSession->Generation();
+    }
+    parameters.insert(parameters.end(), std::make_move_iterator(where.parameters.begin()),
+                      std::make_move_iterator(where.parameters.end()));
+    SqlStatement& statement = *text.statement;
+    statement.Execute(parameters);
+    const int affected = statement.RowsAffected();
+    statement.Finish();
+    if (affected == 0)
+        Refuse(attempt.outcome, row, ConflictStatus(store, row));
+}
+
+void SqlRecordsetProvider::Delete(const RecordsetStore& store, RowId row, Attempt& attempt)
+{
+    // The whole row as read must still be there: deleting a row someone changed meanwhile
+    // would throw their change away unseen.
+    Condition where = KeyCondition(store, row);
+    for (int f = 0; f < store.FieldCount(); ++f) {
+        const bool key = std::find(mPlan.keyFields.begin(), mPlan.keyFields.end(), f) != mPlan.keyFields.end();
+        const bool comparable = mSession->Kind() != SqlSession::Dialect::ODBC || !(store.Field(f).Attributes & adFldLong);
+        if (!key && comparable && !mPlan.baseColumns[f].isEmpty() && store.Field(f).IsUpdatable())
+            AddMatch(where, store, row, f);
+    }
+    if (Change(QStringLiteral("DELETE FROM %1 WHERE %2").arg(Table(), where.sql), where.parameters) == 0)
+        Refuse(attempt.outcome, row, ConflictStatus(store, row));
+}
+
+void SqlRecordsetProvider::Insert(const RecordsetStore& store, RowId row, Attempt& attempt)
+{
+    SqlSession& session = *mSession;
+    // Columns left Null are left out, so that the table's defaults and generated keys apply.
+    QStringList columns;
+    QStringList marks;
+    std::vector<QVariant> parameters;
+    for (int f = 0; f < store.FieldCount(); ++f) {
+        const Variant value = store.Value(row, f);
+        if (mPlan.baseColumns[f].isEmpty() || !IsPresent(value) || !store.Field(f).IsUpdatable())
+            continue;
+        columns << session.QuoteName(mPlan.baseColumns[f]);
+        marks << QStringLiteral("?");
+        parameters.push_back(session.ToParameter(value, store.Field(f).Type));
+    }
+    std::vector<int> generated;
+    QStringList returning;
+    for (int f : mPlan.keyFields) {
+        if (!IsPresent(store.Value(row, f))) {
+            // Left to the database to fill in (a serial, identity or rowid key) or left Null.
+            generated.push_back(f);
+            returning << session.QuoteName(mPlan.baseColumns[f]);
+        }
+    }
+    const QString clause = session.ReturningClause(returning);
+    QString sql = columns.isEmpty()
+                      ? QStringLiteral("INSERT INTO %1 DEFAULT VALUES").arg(Table())
+                      : QStringLiteral("INSERT INTO %1 (%2) VALUES (%3)").arg(Table(), columns.join(QStringLiteral(", ")),
+                                                                             marks.join(QStringLiteral(", ")));
+    SqlStatement& statement = session.Cached(sql + clause);
+    statement.Execute(parameters);
+    if (!clause.isEmpty() && statement.Next()) {
+        for (std::size_t i = 0; i < generated.size(); ++i)
+            attempt.outcome.values.push_back(
+                {row, generated[i], session.FromColumn(statement.Value(static_cast<int>(i)), store.Field(generated[i]).Type)});
+    }
+    statement.Finish();
+    // Without RETURNING the server names the key it generated, when it can: only a key it
+    // generates itself is worth asking for.
+    const bool generatedKey = generated.size() == 1 && (store.Field(generated.front()).AutoIncrement ||
+                                                        (session.Kind() == SqlSession::Dialect::ODBC &&
+                                                         store.Field(generated.front()).Info().storage == StorageKind::Integer));
+    if (clause.isEmpty() && (generatedKey || mPlan.rowIdKey)) {
+        if (const std::optional<Variant> key = session.LastGeneratedKey()) {
+            if (generatedKey)
+                attempt.outcome.values.push_back({row, generated.front(), *key});
+            if (mPlan.rowIdKey && key->IsNumber())
+                attempt.rowIds.emplace_back(row, static_cast<std::int64_t>(CDbl(*key)));
+        }
+    }
+}
+
+void SqlRecordsetProvider::Resync(RecordsetStore& store, std::span<const RowId> rows, ResyncEnum values)
+{
+    SqlSession& session = Session();
+    RequireKey();
+    QStringList columns;
+    std::vector<int> fields;
+    for (int f = 0; f < store.FieldCount(); ++f) {
+        if (!mPlan.baseColumns[f].isEmpty()) {
+            columns << session.QuoteName(mPlan.baseColumns[f]);
+            fields.push_back(f);
+        }
+    }
+    for (RowId row : rows) {
+        if (store.Status(row) & adRecNew)
+            continue;  // not at the data source yet: nothing to read
+        const Condition key = KeyCondition(store, row);
+        SqlStatement& statement =
+            session.Cached(QStringLiteral("SELECT %1 FROM %2 WHERE %3").arg(columns.join(QStringLiteral(", ")), Table(), key.sql));
+        statement.Execute(key.parameters);
+        if (!statement.Next()) {
+            statement.Finish();
+            store.AddStatusFlags(row, adRecDBDeleted);
+            continue;
+        }
+        std::vector<Variant> read;
+        for (std::size_t i = 0; i < fields.size(); ++i) {
+            const FieldDef& def = store.Field(fields[i]);
+            Variant value = session.FromColumn(statement.Value(static_cast<int>(i)), def.Type);
+            if (IsPresent(value)) {
+                FieldInput input = ConvertForField(value, def);
+                if (input.status == adFieldOK)
+                    value = std::move(input.value);
+            }
+            read.push_back(std::move(value));
+        }
+        statement.Finish();
+        if (values == adResyncUnderlyingValues) {
+            for (std::size_t i = 0; i < fields.size(); ++i)
+                store.SetUnderlyingValue(row, fields[i], read[i]);
+        } else {
+            std::vector<Variant> all;
+            for (int f = 0; f < store.FieldCount(); ++f)
+                all.push_back(store.Value(row, f));
+            for (std::size_t i = 0; i < fields.size(); ++i)
+                all[static_cast<std::size_t>(fields[i])] = read[i];
+            store.ReplaceValues(row, all);
+        }
+    }
+}
+
+std::shared_ptr<RecordsetStore> SqlRecordsetProvider::Requery(const RecordsetStore&)
+{
+    Session();
+    SqlRecordsetLoader loader(mSession);
+    SqlRecordsetLoader::Result result = loader.Run(mPlan.source, mPlan.options, mPlan.parameters);
+    if (!result.store)
+        RaiseAdo(adErrInvalidArgument);
+    return result.store;
+}
+
+}  // namespace korvex::ado

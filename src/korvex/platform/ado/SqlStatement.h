@@ -1,0 +1,46 @@
+// One prepared statement of a database session: "?" placeholders bound by position, run, then
+// read row by row. Each session kind implements it over its own interface to the driver.
+#pragma once
+
+#include "korvex/platform/ado/SqlTypes.h"
+#include "korvex/runtime/Variant.h"
+
+#include <QString>
+#include <QVariant>
+
+#include <span>
+
+namespace korvex::ado {
+
+// A result column as the driver describes it.
+struct ResultColumn {
+    QString name;
+    QString baseTable;   // empty when the driver does not tell
+    QString baseColumn;  // empty when the driver does not tell
+    ColumnType type;     // from the driver's declaration or value type
+    int nullable = -1;   // 1 accepts Null, 0 does not, -1 unknown
+};
+
+class SqlStatement {
+public:
+    virtual ~SqlStatement() = default;
+
+    // Binds the parameters in order and runs the statement; throws DriverError. A statement that
+    // returns rows is then positioned before its first row.
+    virtual void Execute(std::span<const QVariant> parameters) = 0;
+    // Rows changed by the last Execute of an INSERT, UPDATE or DELETE (matched rows, in fact:
+    // a row set to the values it already had counts).
+    virtual int RowsAffected() const = 0;
+
+    virtual int ColumnCount() const = 0;
+    virtual ResultColumn Column(int index) const = 0;
+    // Moves to the next row; false after the last. Throws DriverError.
+    virtual bool Next() = 0;
+    // A value of the current row: Null, a text, a Long or Double for numbers, a Date for dates
+    // and times, a Boolean for Booleans.
+    virtual Variant Value(int index) const = 0;
+    // Drops the rest of the result so that the statement can run again.
+    virtual void Finish() = 0;
+};
+
+}  // namespace korvex::ado

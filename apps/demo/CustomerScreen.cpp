@@ -34,7 +34,8 @@ CustomerScreen::CustomerScreen(Form& form) : QObject(&form), mForm(form)
 {
     mSource = qobject_cast<DataBindingSource*>(form.FindControl(QStringLiteral("dbsCustomer")));
     connect(mSource, &DataBindingSource::RecordMove, this, [this](bool) { ShowState(); });
-    connect(mSource, &DataBindingSource::RecordEditStart, this, [this](int) { ShowState(); });
+    // The event comes before the source takes the new mode, so the label takes it from the event.
+    connect(mSource, &DataBindingSource::RecordEditStart, this, [this](int mode) { ShowMode(mode); });
 
     OnButton("cmdFirst", [this] { mRS->MoveFirst(); });
     OnButton("cmdPrevious", [this] {
@@ -80,16 +81,19 @@ void CustomerScreen::OnButton(const char* name, std::function<void()> action)
     connect(button, &Control::Click, this, [this, action = std::move(action)] { Run(action); });
 }
 
-void CustomerScreen::ShowState()
+void CustomerScreen::ShowMode(int mode)
 {
-    const int mode = mSource->EditMode();
-    auto* modeLabel = static_cast<Label*>(mForm.FindControl(QStringLiteral("lblMode")));
-    modeLabel->SetCaption(ModeName(mode));
+    static_cast<Label*>(mForm.FindControl(QStringLiteral("lblMode")))->SetCaption(ModeName(mode));
     const bool viewing = mode == ZqDataViewOnly;
     for (const char* name : {"cmdFirst", "cmdPrevious", "cmdNext", "cmdLast", "cmdAdd", "cmdEdit", "cmdDelete"})
         mForm.FindControl(QString::fromLatin1(name))->SetEnabled(viewing);
     for (const char* name : {"cmdSave", "cmdCancel"})
         mForm.FindControl(QString::fromLatin1(name))->SetEnabled(!viewing);
+}
+
+void CustomerScreen::ShowState()
+{
+    ShowMode(mSource->EditMode());
 
     const bool onRecord = mRS && mRS->State() == ado::adStateOpen && !mRS->IsBOF() && !mRS->IsEOF();
     auto field = [this](const char* name) { return mRS->Fields()->Item(Variant(name))->Value(); };

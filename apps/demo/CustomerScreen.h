@@ -27,11 +27,14 @@ public:
 
     korvex::DataBindingSource& Source() const { return *mSource; }
 
-private:
-    // Runs a button's action; an error the library raises is shown to the user.
+    // Runs an action as the buttons do: an error the library raises is shown to the user, and
+    // the edit mode and buttons follow.
     void Run(const std::function<void()>& action);
+
+private:
     void OnButton(const char* name, std::function<void()> action);
     void ShowState();
+    void ShowMode(int mode);
 
     korvex::Form& mForm;
     korvex::DataBindingSource* mSource = nullptr;

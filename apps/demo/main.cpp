@@ -49,16 +49,19 @@ bool SaveFormShot(korvex::Form& form, const QString& dir, const QString& suffix)
 bool ShootCustomerModes(korvex::Form& form, demo::CustomerScreen& screen, const QString& dir)
 {
     korvex::DataBindingSource& source = screen.Source();
+    if (auto* frame = qobject_cast<QMdiSubWindow*>(form.parentWidget()))
+        frame->showMaximized();
+    bool ok = SaveFormShot(form, dir, QStringLiteral("_Viewing"));
     auto* name = static_cast<korvex::TextBox*>(form.FindControl(QStringLiteral("txtName")));
-    source.Edit();
+    screen.Run([&] { source.Edit(); });
     name->LineEdit()->setFocus();
     name->LineEdit()->setText(name->Text() + QStringLiteral(" (edited)"));
-    bool ok = SaveFormShot(form, dir, QStringLiteral("_Editing"));
-    source.Save();
+    ok = SaveFormShot(form, dir, QStringLiteral("_Editing")) && ok;
+    screen.Run([&] { source.Save(); });
     ok = SaveFormShot(form, dir, QStringLiteral("_Saved")) && ok;
-    source.Add();
+    screen.Run([&] { source.Add(); });
     ok = SaveFormShot(form, dir, QStringLiteral("_Adding")) && ok;
-    source.Cancel();
+    screen.Run([&] { source.Cancel(); });
     return ok;
 }
 

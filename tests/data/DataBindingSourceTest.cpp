@@ -13,6 +13,7 @@
 #include "korvex/runtime/LateBinding.h"
 #include "tests/support/BindableFakes.h"
 #include "tests/support/ErrorOf.h"
+#include "tests/support/RaisedError.h"
 #include "tests/support/PinnedSettings.h"
 #include "tests/support/Printers.h"
 
@@ -190,6 +191,46 @@ TEST_F(BindingTest, UnknownKindsAndInvalidFieldsAreReported)
     rs->MoveNext();
     EXPECT_EQ(boxes.shown().size(), 3) << "the invalid field is told once, the unknown kind at every display";
     EXPECT_EQ(boxes.shown().last().prompt, "Unknown attached control type!");
+}
+
+TEST_F(BindingTest, ClosedEmptyAndRefusedValuesChangeNothing)
+{
+    auto* name = Add<TextBox>("txtName", "Name");
+    auto* visits = Add<CheckBox>("chkVisits", "Visits");
+    DataBindingSource* source = Source();
+
+    // Closed when assigned: nothing found, nothing shown; the first valid display finds them.
+    auto closed = std::make_shared<Recordset>();
+    closed->Fields()->Append(QStringLiteral("Name"), adVarWChar, 30, adFldIsNullable);
+    closed->Fields()->Append(QStringLiteral("Visits"), adInteger, 0, adFldIsNullable);
+    source->SetRecordset(closed);
+    EXPECT_TRUE(source->BoundControls().isEmpty());
+    closed->Open();
+    closed->AddNew(Variant::Array({"Name", "Visits"}), Variant::Array({"Dora", 1}));
+    closed->MoveFirst();
+    EXPECT_EQ(source->BoundControls().size(), 2);
+    EXPECT_EQ(name->Text(), "Dora");
+
+    // Empty: nothing to show and nothing to save.
+    closed->Delete(adAffectCurrent);
+    closed->UpdateBatch();
+    closed->MoveFirst();
+    EXPECT_TRUE(closed->IsEOF());
+    EXPECT_EQ(name->Text(), "");
+    const auto notValid = test::RaisedError([&] { source->Save(); });
+    ASSERT_TRUE(notValid.has_value());
+    EXPECT_EQ(notValid->Description(), "The data cannot be saved because the current record is not valid.");
+    EXPECT_EQ(notValid->Number(), ObjectErrorBase);
+
+    // A value the check box refuses: the control's error reaches the caller, and neither the
+    // record nor the box changes.
+    auto rs = Customers();
+    source->SetRecordset(rs);
+    ASSERT_EQ(visits->Value(), 1);
+    rs->Fields()->Item(Variant("Visits"))->SetValue(Variant(7));
+    EXPECT_EQ(test::ErrorOf([&] { source->DisplayRecord(); }), vbErrInvalidPropertyValue);
+    EXPECT_EQ(visits->Value(), 1);
+    EXPECT_EQ(CLng(rs->Fields()->Item(Variant("Visits"))->Value()), 7);
 }
 
 TEST_F(BindingTest, EditStatesAndSaveWithStamps)

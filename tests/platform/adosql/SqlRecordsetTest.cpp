@@ -140,6 +140,27 @@ TEST_P(SqlRecordset, CancelBatchResyncAndRequery)
     EXPECT_TRUE(Seek(rs, "code", "C3"));
 }
 
+TEST_P(SqlRecordset, WithoutItsKeyARowIsFoundByRowidOnSQLiteAndNotAtAllElsewhere)
+{
+    auto rs = OpenBatch(mConnection, QStringLiteral("SELECT name FROM customers ORDER BY code"));
+    rs->MoveLast();
+    SetValueOf(rs, "name", "Bea");
+    if (GetParam() == Backend::SQLite) {
+        rs->UpdateBatch();
+        EXPECT_EQ(0, rs->Status() & adRecModified);
+        EXPECT_EQ((QStringList{"Ann", "Bea"}), ReadColumn(mConnection, QStringLiteral("SELECT name FROM customers ORDER BY code")));
+        return;
+    }
+    try {
+        rs->UpdateBatch();
+        ADD_FAILURE() << "written without a key";
+    } catch (const Error& e) {
+        EXPECT_TRUE(e.Description().contains(QStringLiteral("key column information"))) << e.Description().toStdString();
+    }
+    EXPECT_TRUE(rs->Status() & adRecModified);
+    EXPECT_EQ((QStringList{"Ann", "Bob"}), ReadColumn(mConnection, QStringLiteral("SELECT name FROM customers ORDER BY code")));
+}
+
 KORVEX_ON_EVERY_BACKEND(SqlRecordset);
 
 TEST(Connection, OpensProvidersAndReportsStateAndNames)

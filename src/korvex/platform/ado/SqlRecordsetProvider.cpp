@@ -160,21 +160,24 @@ void SqlRecordsetProvider::WriteRow(const RecordsetStore& store, RowId row, Atte
     }
 }
 
-SqlRecordsetProvider::Condition SqlRecordsetProvider::KeyCondition(const RecordsetStore& store, RowId row,
-                                                                   bool withText) const
+SqlRecordsetProvider::Condition SqlRecordsetProvider::KeyCondition(const RecordsetStore& store, RowId row) const
+{
+    Condition where;
+    AddKey(where, store, row);
+    return where;
+}
+
+void SqlRecordsetProvider::AddKey(Condition& where, const RecordsetStore& store, RowId row) const
 {
     RequireKey();
-    Condition where;
-    where.withText = withText;
-    where.parameters.reserve(mPlan.keyFields.size() + 4);
     if (mPlan.rowIdKey) {
+        where.shape += 'I';
         where.Append(QStringLiteral("rowid = ?"));
         where.parameters.emplace_back(static_cast<qlonglong>(row < mRowIds.size() ? mRowIds[row] : 0));
-        return where;
+        return;
     }
     for (int field : mPlan.keyFields)
         AddMatch(where, store, row, field);
-    return where;
 }
 
 void SqlRecordsetProvider::AddMatch(Condition& where, const RecordsetStore& store, RowId row, int field) const
@@ -232,10 +235,13 @@ int SqlRecordsetProvider::ConflictStatus(const RecordsetStore& store, RowId row)
 void SqlRecordsetProvider::Update(const RecordsetStore& store, RowId row, Attempt& attempt)
 {
     const SqlSession& session = *mSession;
-    std::vector<QVariant> parameters;
-    std::vector<int> changed;
-    parameters.reserve(static_cast<std::size_t>(2 * store.FieldCount() + 2));
-    changed.reserve(static_cast<std::size_t>(store.FieldCount()));
+    // The scratch lists keep their room from row to row: a batch allocates next to nothing.
+    std::vector<int>& changed = mChangedScratch;
+    Condition where;
+    where.withText = false;
+    where.parameters.swap(mParameterScratch);
+    where.parameters.clear();
+    changed.clear();
     std::string shape;
     for (int f = 0; f < store.FieldCount(); ++f) {
         if (mPlan.baseColumns[f].isEmpty())
@@ -246,41 +252,40 @@ void SqlRecordsetProvider::Update(const RecordsetStore& store, RowId row, Attemp
         changed.push_back(f);
         shape += static_cast<char>('0' + f % 64);
         shape += static_cast<char>('0' + f / 64);
-        parameters.push_back(session.ToParameter(value, store.Field(f).Type));
+        where.parameters.push_back(session.ToParameter(value, store.Field(f).Type));
     }
-    if (changed.empty())
-        return;  // changed and changed back: nothing to send
-    // The row is found by its key and by the values the changed columns had.
-    const auto addMatches = [&](bool withText) {
-        Condition where = KeyCondition(store, row, withText);
-        for (int f : changed) {
-            if (std::find(mPlan.keyFields.begin(), mPlan.keyFields.end(), f) == mPlan.keyFields.end())
-                AddMatch(where, store, row, f);
+    if (!changed.empty()) {
+        // The row is found by its key and by the values the changed columns had.
+        const auto addMatches = [&](Condition& condition) {
+            AddKey(condition, store, row);
+            for (int f : changed) {
+                if (std::find(mPlan.keyFields.begin(), mPlan.keyFields.end(), f) == mPlan.keyFields.end())
+                    AddMatch(condition, store, row, f);
+            }
+        };
+        addMatches(where);
+        shape += where.shape;
+        UpdateText& text = mUpdateTexts[shape];
+        if (text.sql.isEmpty()) {
+            QStringList assignments;
+            for (int f : changed)
+                assignments << session.QuoteName(mPlan.baseColumns[f]) + QStringLiteral(" = ?");
+            Condition described;
+            addMatches(described);
+            text.sql = QStringLiteral("UPDATE %1 SET %2 WHERE %3").arg(Table(), assignments.join(QStringLiteral(", ")), described.sql);
         }
-        return where;
-    };
-    Condition where = addMatches(false);
-    shape += where.shape;
-    UpdateText& text = mUpdateTexts[shape];
-    if (text.sql.isEmpty()) {
-        QStringList assignments;
-        for (int f : changed)
-            assignments << session.QuoteName(mPlan.baseColumns[f]) + QStringLiteral(" = ?");
-        text.sql = QStringLiteral("UPDATE %1 SET %2 WHERE %3")
-                       .arg(Table(), assignments.join(QStringLiteral(", ")), addMatches(true).sql);
+        if (!text.statement || text.generation != mSession->Generation()) {
+            text.statement = &mSession->Cached(text.sql);
+            text.generation = mSession->Generation();
+        }
+        SqlStatement& statement = *text.statement;
+        statement.Execute(where.parameters);
+        const int affected = statement.RowsAffected();
+        statement.Finish();
+        if (affected == 0)
+            Refuse(attempt.outcome, row, ConflictStatus(store, row));
     }
-    if (!text.statement || text.generation != mSession->Generation()) {
-        text.statement = &mSession->Cached(text.sql);
-        text.generation = mSession->Generation();
-    }
-    parameters.insert(parameters.end(), std::make_move_iterator(where.parameters.begin()),
-                      std::make_move_iterator(where.parameters.end()));
-    SqlStatement& statement = *text.statement;
-    statement.Execute(parameters);
-    const int affected = statement.RowsAffected();
-    statement.Finish();
-    if (affected == 0)
-        Refuse(attempt.outcome, row, ConflictStatus(store, row));
+    where.parameters.swap(mParameterScratch);  // changed and changed back: nothing was sent
 }
 
 void SqlRecordsetProvider::Delete(const RecordsetStore& store, RowId row, Attempt& attempt)

@@ -73,7 +73,8 @@ private:
     void Update(const RecordsetStore& store, RowId row, Attempt& attempt);
     void Delete(const RecordsetStore& store, RowId row, Attempt& attempt);
     // The row's key as the data source knows it (underlying values), or its rowid.
-    Condition KeyCondition(const RecordsetStore& store, RowId row, bool withText = true) const;
+    Condition KeyCondition(const RecordsetStore& store, RowId row) const;
+    void AddKey(Condition& where, const RecordsetStore& store, RowId row) const;
     void AddMatch(Condition& where, const RecordsetStore& store, RowId row, int field) const;
     // A row no statement found: still there under its key (changed by someone) or gone.
     int ConflictStatus(const RecordsetStore& store, RowId row) const;
@@ -84,6 +85,8 @@ private:
     std::shared_ptr<SqlSession> mSession;
     RecordsetPlan mPlan;
     std::unordered_map<std::string, UpdateText> mUpdateTexts;  // UPDATE statements by shape
+    std::vector<QVariant> mParameterScratch;
+    std::vector<int> mChangedScratch;
     std::vector<std::int64_t> mRowIds;
 };
 

@@ -4,6 +4,9 @@
 #include "korvex/core/SharedContext.h"
 #include "korvex/core/clsZqUser.h"
 #include "korvex/data/DataBindingSource.h"
+#include "korvex/platform/ado/Connection.h"
+#include "korvex/localisation/clsCharTranslation.h"
+#include "korvex/data/clsDatabase.h"
 #include "korvex/platform/host/CheckBox.h"
 #include "korvex/platform/host/Form.h"
 #include "korvex/platform/host/FormFile.h"
@@ -231,6 +234,35 @@ TEST_F(BindingTest, ClosedEmptyAndRefusedValuesChangeNothing)
     EXPECT_EQ(test::ErrorOf([&] { source->DisplayRecord(); }), vbErrInvalidPropertyValue);
     EXPECT_EQ(visits->Value(), 1);
     EXPECT_EQ(CLng(rs->Fields()->Item(Variant("Visits"))->Value()), 7);
+}
+
+TEST_F(BindingTest, OracleTextsAreTranslatedBothWaysAndNumbersNever)
+{
+    auto* city = Add<TextBox>("txtCity", "City");
+    auto* visits = Add<CheckBox>("chkVisits", "Visits");
+    DataBindingSource* source = Source();
+    auto oracle = std::make_shared<Connection>();
+    oracle->SetProvider(QStringLiteral("MSDAORA.1"));  // the server kind is read from the provider
+    auto database = clsDatabase::Create();
+    database->SetGcn(oracle);
+    auto translation = clsCharTranslation::Create();
+    const QString stored = QStringLiteral("Z\u00FCrich \u00E9t\u00E9");
+    const QString shown = CStr(translation->CharTranslateVar(Variant(stored), false));
+    ASSERT_NE(shown, stored) << "the reading table must change these letters for the test to mean anything";
+
+    auto rs = Customers();
+    rs->Fields()->Item(Variant("City"))->SetValue(Variant(stored));
+    rs->UpdateBatch();
+    source->SetRecordset(rs);
+    EXPECT_EQ(city->Text(), shown);
+    EXPECT_EQ(visits->Value(), 1) << "numbers are not translated";
+
+    source->Edit();
+    city->SetText(QStringLiteral("K\u00F6ln"));
+    ASSERT_TRUE(source->Save());
+    EXPECT_EQ(CStr(rs->Fields()->Item(Variant("City"))->Value()),
+              CStr(translation->CharTranslateVar(Variant(QStringLiteral("K\u00F6ln")), true)));
+    database->SetGcn(nullptr);
 }
 
 TEST_F(BindingTest, EditStatesAndSaveWithStamps)

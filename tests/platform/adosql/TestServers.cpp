@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -95,8 +96,9 @@ bool PostgresServer::Start(QString* whyNot)
     }
     mData = mDir->filePath(QStringLiteral("data"));
     mSocket = mDir->path();
-    // Only a socket in our own folder: the port number names it and can clash with nothing.
-    mPort = 54321;
+    // Only a socket in our own folder; the port still keys the server's shared memory, so
+    // test programs running side by side take different ones.
+    mPort = 40000 + static_cast<int>(QCoreApplication::applicationPid() % 20000);
     QString output;
     if (!RunAs(mBin + QStringLiteral("/initdb"),
                {QStringLiteral("-D"), mData, QStringLiteral("-U"), QStringLiteral("postgres"), QStringLiteral("--auth=trust"),
@@ -110,7 +112,10 @@ bool PostgresServer::Start(QString* whyNot)
                {QStringLiteral("-D"), mData, QStringLiteral("-w"), QStringLiteral("-t"), QStringLiteral("30"), QStringLiteral("-o"),
                 options, QStringLiteral("-l"), mDir->filePath(QStringLiteral("server.log")), QStringLiteral("start")},
                &output)) {
-        *whyNot = QStringLiteral("pg_ctl start failed: ") + output;
+        QFile log(mDir->filePath(QStringLiteral("server.log")));
+        log.open(QIODevice::ReadOnly);
+        *whyNot = QStringLiteral("pg_ctl start failed: ") + output + QStringLiteral("\nserver log:\n") +
+                  QString::fromLocal8Bit(log.readAll().right(2000));
         return false;
     }
     mRunning = true;

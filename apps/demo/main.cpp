@@ -9,6 +9,7 @@
 #include "korvex/core/clsZqUser.h"
 #include "korvex/data/DataBindingSource.h"
 #include "korvex/platform/host/TextBox.h"
+#include "korvex/platform/system/MessageBoxService.h"
 #include "korvex/localisation/clsLanguage.h"
 #include "korvex/platform/host/Screen.h"
 #include "korvex/platform/system/SystemInfo.h"
@@ -30,19 +31,19 @@ public:
     korvex::Variant UserId() const override { return korvex::Variant(QStringLiteral("demo")); }
 };
 
+bool SaveFormShot(korvex::Form& form, const QString& dir, const QString& suffix = {})
+{
+    QApplication::processEvents();
+    return form.grab().save(QDir(dir).filePath(form.Name() + suffix + QStringLiteral(".png")));
+}
+
 bool SaveScreenshots(demo::MainForm& main, const QString& dir)
 {
     QDir().mkpath(dir);
     bool ok = main.grab().save(QDir(dir).filePath(main.Name() + QStringLiteral(".png")));
     for (korvex::Form* child : main.Children())
-        ok = child->grab().save(QDir(dir).filePath(child->Name() + QStringLiteral(".png"))) && ok;
+        ok = SaveFormShot(*child, dir) && ok;
     return ok;
-}
-
-bool SaveFormShot(korvex::Form& form, const QString& dir, const QString& suffix)
-{
-    QApplication::processEvents();
-    return form.grab().save(QDir(dir).filePath(form.Name() + suffix + QStringLiteral(".png")));
 }
 
 // The customer form in each edit mode: viewing, editing with a changed name, saved, adding.
@@ -95,10 +96,17 @@ int main(int argc, char** argv)
     main.OpenForm(QStringLiteral("frmNumbers"));
     // Screenshots work on a fresh database of their own; the demo keeps its data between runs.
     QTemporaryDir scratch;
-    demo::OpenDemoDatabase(parser.isSet(screenshot) ? scratch.filePath(QStringLiteral("customers.db"))
-                                                    : demo::DefaultDatabasePath());
-    korvex::Form* customers = main.OpenForm(QStringLiteral("frmCustomers"));
-    auto* customerScreen = new demo::CustomerScreen(*customers);
+    korvex::Form* customers = nullptr;
+    demo::CustomerScreen* customerScreen = nullptr;
+    try {
+        demo::OpenDemoDatabase(parser.isSet(screenshot) ? scratch.filePath(QStringLiteral("customers.db"))
+                                                        : demo::DefaultDatabasePath());
+        customers = main.OpenForm(QStringLiteral("frmCustomers"));
+        customerScreen = new demo::CustomerScreen(*customers);
+    } catch (const korvex::Error& error) {
+        korvex::MsgBox(QStringLiteral("The customer database cannot be opened:\r\n") + error.Description(),
+                       korvex::vbExclamation, QStringLiteral("Korvex Demo"));
+    }
     // Screenshots get a main window large enough that each tiled form shows at its designed size.
     if (parser.isSet(screenshot))
         main.resize(1280, 960);
@@ -107,12 +115,11 @@ int main(int argc, char** argv)
     if (parser.isSet(screenshot)) {
         QApplication::processEvents();
         bool ok = SaveScreenshots(main, parser.value(screenshot));
-        ok = ShootCustomerModes(*customers, *customerScreen, parser.value(screenshot)) && ok;
+        ok = customerScreen && ShootCustomerModes(*customers, *customerScreen, parser.value(screenshot)) && ok;
         // The labels once more in German, to show the captions come from the language file.
         korvex::clsLanguage::Global().LanguageInitialise(1, demo::LanguageFile());
         korvex::Form* german = main.OpenForm(QStringLiteral("frmLabels"));
-        QApplication::processEvents();
-        ok = german->grab().save(QDir(parser.value(screenshot)).filePath(QStringLiteral("frmLabels_German.png"))) && ok;
+        ok = SaveFormShot(*german, parser.value(screenshot), QStringLiteral("_German")) && ok;
         korvex::clsPublic::Global().UninitVyrInvControls();
         return ok ? 0 : 1;
     }

@@ -4,6 +4,9 @@
 #include "korvex/core/SharedContext.h"
 #include "korvex/core/clsZqUser.h"
 #include "korvex/data/DataBindingSource.h"
+#include "korvex/platform/host/PropertyBag.h"
+#include "korvex/platform/host/App.h"
+#include "korvex/controls/input/ZqNumber.h"
 #include "korvex/platform/ado/Connection.h"
 #include "korvex/localisation/clsCharTranslation.h"
 #include "korvex/data/clsDatabase.h"
@@ -265,6 +268,37 @@ TEST_F(BindingTest, OracleTextsAreTranslatedBothWaysAndNumbersNever)
     database->SetGcn(nullptr);
 }
 
+TEST_F(BindingTest, TheThreeSwitchesPersistOnlyWhenOff)
+{
+    DataBindingSource* source = Source();
+    EXPECT_TRUE(source->AutoSaveBatch() && source->AutoSetUpdated() && source->AutoOverwriteChanges());
+    source->SetAutoOverwriteChanges(false);
+    PropertyBag bag;
+    source->WriteProperties(bag);
+    EXPECT_EQ(bag.ReadProperty(QStringLiteral("AutoOverwriteChanges"), true), Variant(false));
+    EXPECT_FALSE(bag.Contains(QStringLiteral("AutoSaveBatch"))) << "a value at its default is not stored";
+    DataBindingSource* again = Source("dbsAgain");
+    again->ReadProperties(bag);
+    EXPECT_FALSE(again->AutoOverwriteChanges());
+    EXPECT_TRUE(again->AutoSaveBatch());
+}
+
+TEST_F(BindingTest, NumbersBelowTheMinimumAreRaisedToItAndTheUserTold)
+{
+    auto* visits = Add<ZqNumber>("zqnVisits", "Visits");
+    visits->SetMinValue(Variant(Currency::FromDouble(1500.5)));
+    visits->SetMaxValue(Variant(Currency::FromDouble(100000)));
+    DataBindingSource* source = Source();
+    QSignalSpy moves(source, &DataBindingSource::RecordMove);
+    source->SetRecordset(Customers());
+    ASSERT_EQ(boxes.shown().size(), 1);
+    EXPECT_EQ(boxes.shown()[0].prompt, "The field \"Visits\" contained an invalid value of \"1.00\".\r\n\r\nIt has been "
+                                       "changed to \"1,500.50\".");
+    EXPECT_EQ(CDbl(visits->Value()), 1500.5);
+    source->Recordset()->MoveNext();
+    EXPECT_EQ(moves.count(), 1) << "every move is reported";
+}
+
 TEST_F(BindingTest, EditStatesAndSaveWithStamps)
 {
     auto* name = Add<TextBox>("txtName", "Name");
@@ -279,8 +313,12 @@ TEST_F(BindingTest, EditStatesAndSaveWithStamps)
 
     source->Edit();
     EXPECT_EQ(source->EditMode(), ZqDataEditing);
-    EXPECT_EQ(test::ErrorOf([&] { source->Add(); }), ObjectErrorBase);
-    EXPECT_EQ(test::ErrorOf([&] { source->Edit(); }), ObjectErrorBase);
+    for (const auto& refused : {test::RaisedError([&] { source->Add(); }), test::RaisedError([&] { source->Edit(); })}) {
+        ASSERT_TRUE(refused.has_value());
+        EXPECT_EQ(refused->Number(), ObjectErrorBase);
+        EXPECT_EQ(refused->Source(), QStringLiteral("%1.dbsCustomer.Add").arg(App::Instance()->Title()));
+        EXPECT_EQ(refused->Description(), "Save or Cancel the current changes first.");
+    }
     EXPECT_EQ(source->EditMode(), ZqDataEditing) << "a refused Add leaves the edit as it was";
     ASSERT_EQ(starts.count(), 1);
 

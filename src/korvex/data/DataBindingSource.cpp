@@ -430,14 +430,17 @@ void DataBindingSource::OnMoveComplete()
 {
     // A move is the host's call; the binding's own failures are told to the user rather than
     // thrown through the recordset's notification.
+    bool shown = false;
     try {
-        const bool shown = DisplayRecord();
+        shown = DisplayRecord();
         if (!shown && !IsRecordValid())
             ClearBoundControls();
-        emit RecordMove(shown);
     } catch (const Error& e) {
+        shown = false;
         MsgBox(e.Description(), vbCritical);
     }
+    // The host hears of every move, also of one whose record could not be shown.
+    emit RecordMove(shown);
 }
 
 bool DataBindingSource::BoundControlEditable(short RsFieldIndex, short CtlIndex)
@@ -688,11 +691,16 @@ bool DataBindingSource::SaveBatch()
     }
     if (!mAutoOverwriteChanges)
         return false;
+    // "Last one wins": fresh underlying values make the next update overwrite the other user's
+    // change; a record the other user removed cannot be saved at all. A failed resync still
+    // leaves the removed-record check and the second update to tell what happened.
     try {
-        // "Last one wins": fresh underlying values make the next update overwrite the other
-        // user's change; a record the other user removed cannot be saved at all.
         if (mRS->Status() & adRecConcurrencyViolation)
             mRS->Resync(adAffectCurrent, adResyncUnderlyingValues);
+    } catch (const Error& e) {
+        description = e.Description();
+    }
+    try {
         if (mRS->Status() & adRecDBDeleted) {
             MsgBox(QStringLiteral("Another user has removed this record whilst you were editing it!\r\n\r\nYour changes "
                                   "have been discarded."),
@@ -728,8 +736,9 @@ bool DataBindingSource::DataFieldChanged(const QString& DataField, Variant& Fiel
 {
     if (!IsRecordValid())
         return false;
+    // Only the recordset's pending edit goes, as in DataChanged; the control's edit mode stays.
     if (mRS->EditMode() == adEditInProgress)
-        CancelBatch();
+        mRS->CancelBatch(adAffectAll);
     const int i = FieldIndexNamed(DataField);
     if (i < 0)
         RaiseAdo(3265, FieldsSource);

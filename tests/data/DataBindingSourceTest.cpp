@@ -380,6 +380,29 @@ TEST_F(BindingTest, RequiredFieldsCancelledSavesAndFailedWritesKeepTheEdit)
     EXPECT_EQ(rs->Fields()->Item(QStringLiteral("Name"))->Value(), Variant("Changed"));
 }
 
+TEST_F(BindingTest, CancelWithoutAutoSaveBatchShowsTheRecordAgainAndSavesNothing)
+{
+    auto* name = Add<TextBox>("txtName", "Name");
+    DataBindingSource* source = Source();
+    source->SetAutoSaveBatch(false);
+    auto rs = Customers();
+    source->SetRecordset(rs);
+
+    source->Edit();
+    name->SetText(QStringLiteral("Typed"));
+    source->Cancel();
+    EXPECT_EQ(source->EditMode(), ZqDataViewOnly);
+    EXPECT_EQ(name->Text(), "Ada") << "the record's values are shown again";
+
+    source->Add();
+    name->SetText(QStringLiteral("Dora"));
+    source->Cancel();
+    EXPECT_EQ(source->EditMode(), ZqDataViewOnly);
+    EXPECT_EQ(rs->RecordCount(), 3) << "the new record is deleted";
+    rs->SetFilter(Variant(adFilterPendingRecords));
+    EXPECT_EQ(rs->RecordCount(), 0) << "without the batch there is nothing left to write";
+}
+
 TEST_F(BindingTest, CancelAfterAddShowsTheNeighbourAndChangeTestsCompareControlsWithFields)
 {
     auto* name = Add<TextBox>("txtName", "Name");

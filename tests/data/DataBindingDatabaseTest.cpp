@@ -23,9 +23,10 @@
 
 #include <QApplication>
 #include <QCheckBox>
-#include <QDateTime>
 #include <QLineEdit>
 #include <QTest>
+
+#include <cmath>
 
 #include <gtest/gtest.h>
 

@@ -77,6 +77,7 @@ DataBindingSource::DataBindingSource(QWidget* parent) : UserControl(parent)
     setFocusPolicy(Qt::NoFocus);
     SetTabStop(false);
     resize(32, 32);
+    SetInvisibleAtRunTime();
 }
 
 DataBindingSource::~DataBindingSource()
@@ -88,49 +89,38 @@ DataBindingSource::~DataBindingSource()
 
 void DataBindingSource::SetAutoSaveBatch(bool value)
 {
-    mAutoSaveBatch = value;
-    PropertyChanged(QStringLiteral("AutoSaveBatch"));
+    Assign("AutoSaveBatch", mAutoSaveBatch, value);
 }
 
 void DataBindingSource::SetAutoSetUpdated(bool value)
 {
-    mAutoSetUpdated = value;
-    PropertyChanged(QStringLiteral("AutoSetUpdated"));
+    Assign("AutoSetUpdated", mAutoSetUpdated, value);
 }
 
 void DataBindingSource::SetAutoOverwriteChanges(bool value)
 {
-    mAutoOverwriteChanges = value;
-    PropertyChanged(QStringLiteral("AutoOverwriteChanges"));
+    Assign("AutoOverwriteChanges", mAutoOverwriteChanges, value);
 }
 
+// What the form file says is kept; at run time the control shows nothing.
 void DataBindingSource::SetVisible(bool visible)
 {
     mVisible = visible;
     UserControl::SetVisible(visible && !UserMode());
 }
 
-void DataBindingSource::InitProperties()
+const PropertyList& DataBindingSource::PersistedProperties() const
 {
-    SetAutoSaveBatch(true);
-    SetAutoSetUpdated(true);
-    SetAutoOverwriteChanges(true);
-    SetVisible(mVisible);
-}
-
-void DataBindingSource::ReadProperties(PropertyBag& bag)
-{
-    mAutoSaveBatch = CBool(bag.ReadProperty(QStringLiteral("AutoSaveBatch"), true));
-    mAutoSetUpdated = CBool(bag.ReadProperty(QStringLiteral("AutoSetUpdated"), true));
-    mAutoOverwriteChanges = CBool(bag.ReadProperty(QStringLiteral("AutoOverwriteChanges"), true));
-    SetVisible(mVisible);
-}
-
-void DataBindingSource::WriteProperties(PropertyBag& bag)
-{
-    bag.WriteProperty(QStringLiteral("AutoSaveBatch"), mAutoSaveBatch, true);
-    bag.WriteProperty(QStringLiteral("AutoSetUpdated"), mAutoSetUpdated, true);
-    bag.WriteProperty(QStringLiteral("AutoOverwriteChanges"), mAutoOverwriteChanges, true);
+    const auto stored = [](bool DataBindingSource::*member) {
+        return [member](DataBindingSource& c, bool value) { c.*member = value; };
+    };
+    static const PropertyList list =
+        Declare<DataBindingSource>()
+            .Stored("AutoSaveBatch", &DataBindingSource::AutoSaveBatch, stored(&DataBindingSource::mAutoSaveBatch), true)
+            .Stored("AutoSetUpdated", &DataBindingSource::AutoSetUpdated, stored(&DataBindingSource::mAutoSetUpdated), true)
+            .Stored("AutoOverwriteChanges", &DataBindingSource::AutoOverwriteChanges,
+                    stored(&DataBindingSource::mAutoOverwriteChanges), true);
+    return list;
 }
 
 void DataBindingSource::Paint(QPainter& painter)

@@ -73,9 +73,6 @@ public:
     bool Visible() const override { return mVisible; }
     void SetVisible(bool visible) override;
 
-    void InitProperties() override;
-    void ReadProperties(PropertyBag& bag) override;
-    void WriteProperties(PropertyBag& bag) override;
 
 signals:
     void DataReadFromSource(const QString& DataField, korvex::Variant& Value, int RetrieveDataReason);
@@ -86,6 +83,7 @@ signals:
     void RecordMove(bool RecordIsValid);
 
 protected:
+    const PropertyList& PersistedProperties() const override;
     void Paint(QPainter& painter) override;
 
 private:

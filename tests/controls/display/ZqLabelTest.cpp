@@ -5,6 +5,7 @@
 #include "korvex/localisation/clsLanguage.h"
 #include "korvex/platform/host/Form.h"
 #include "korvex/platform/host/FormFile.h"
+#include "korvex/platform/host/PropertyBag.h"
 #include "korvex/runtime/Error.h"
 #include "tests/support/ErrorOf.h"
 #include "tests/support/PinnedSettings.h"
@@ -60,8 +61,20 @@ TEST_F(LabelTest, NewLabelShowsItsNameCentredLeftAndTransparent)
     EXPECT_EQ(fresh->AlignmentV(), vaCenter);
     EXPECT_EQ(fresh->AlignmentH(), 0);
     EXPECT_EQ(fresh->BackStyle(), bsTransparent);
-    EXPECT_EQ(fresh->Font(), form.Font()) << "the container's font";
+    EXPECT_NE(fresh->Font(), form.Font()) << "a copy of the container's font, never the form's own object";
+    EXPECT_TRUE(fresh->Font()->SameAs(*form.Font()));
     EXPECT_EQ(fresh->LinkHoverFont(), fresh->Font()) << "the link fonts are the same object";
+    EXPECT_EQ(fresh->LinkClickFont(), fresh->Font());
+
+    // Loaded without stored fonts, labels take copies too: bolding one touches nothing else.
+    PropertyBag empty;
+    label->ReadProperties(empty);
+    auto* other = new ZqLabel(form.Client());
+    other->ReadProperties(empty);
+    label->Font()->SetBold(true);
+    EXPECT_FALSE(form.Font()->Bold());
+    EXPECT_FALSE(other->Font()->Bold());
+    EXPECT_FALSE(fresh->Font()->Bold());
 }
 
 TEST_F(LabelTest, AlignmentPlacesTheTextInTheRectangle)

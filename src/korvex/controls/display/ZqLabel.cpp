@@ -484,83 +484,78 @@ void ZqLabel::mouseReleaseEvent(QMouseEvent* event)
 void ZqLabel::InitProperties()
 {
     mInitialised = false;
-    SetAlignmentH(0);
-    SetAlignmentV(vaCenter);
-    SetAutoSize(false);
-    SetBackColor(vbButtonFace);
-    SetBackStyle(bsTransparent);
-    SetCaption(Ambient()->DisplayName());
-    SetCaptionLangId(QString());
-    SetCaptionSuffix(tsNone);
-    SetEllipsis(etNone);
-    SetEnabled(true);
-    SetFont(Ambient()->Font());
-    SetForeColor(vbButtonText);
-    SetStyle(lsNormal);
-    SetLinkClickForeColor(vbButtonText);
-    SetLinkHoverForeColor(vbButtonText);
-    SetWordWrap(false);
-    mInitialised = true;
-    ApplyLinkAppearance();
-    update();
+    UserControl::InitProperties();
+    FinishInitialising();
 }
 
 void ZqLabel::ReadProperties(PropertyBag& bag)
 {
     mInitialised = false;
-    auto readFont = [&](const char* name) {
-        const Variant font = bag.ReadProperty(QString::fromLatin1(name), Variant(static_cast<QObject*>(Ambient()->Font())));
-        if (auto shared = font.SharedObject())
-            mKeptFonts.push_back(shared);  // a font from the file lives as long as the label
-        return font.Object();
-    };
-    SetAlignmentH(CInt(bag.ReadProperty(QStringLiteral("AlignmentH"), 0)));
-    SetAlignmentV(CInt(bag.ReadProperty(QStringLiteral("AlignmentV"), vaCenter)));
-    SetAutoSize(CBool(bag.ReadProperty(QStringLiteral("AutoSize"), false)));
-    SetBackColor(static_cast<OleColor>(CLng(bag.ReadProperty(QStringLiteral("BackColor"), static_cast<std::int32_t>(vbButtonFace)))));
-    SetBackStyle(CInt(bag.ReadProperty(QStringLiteral("BackStyle"), bsTransparent)));
-    SetCaption(CStr(bag.ReadProperty(QStringLiteral("Caption"), QString())));
-    SetCaptionLangId(CStr(bag.ReadProperty(QStringLiteral("CaptionLangId"), QString())));
-    SetCaptionSuffix(CInt(bag.ReadProperty(QStringLiteral("CaptionSuffix"), tsNone)));
-    SetEllipsis(CInt(bag.ReadProperty(QStringLiteral("Ellipsis"), etNone)));
-    SetEnabled(CBool(bag.ReadProperty(QStringLiteral("Enabled"), true)));
-    SetFont(readFont("Font"));
-    SetForeColor(static_cast<OleColor>(CLng(bag.ReadProperty(QStringLiteral("ForeColor"), static_cast<std::int32_t>(vbButtonText)))));
-    SetStyle(CInt(bag.ReadProperty(QStringLiteral("Style"), lsNormal)));
-    SetLinkClickFont(readFont("LinkClickFont"));
-    SetLinkClickForeColor(
-        static_cast<OleColor>(CLng(bag.ReadProperty(QStringLiteral("LinkClickForeColor"), static_cast<std::int32_t>(vbButtonText)))));
-    SetLinkHoverFont(readFont("LinkHoverFont"));
-    SetLinkHoverForeColor(
-        static_cast<OleColor>(CLng(bag.ReadProperty(QStringLiteral("LinkHoverForeColor"), static_cast<std::int32_t>(vbButtonText)))));
-    SetWordWrap(CBool(bag.ReadProperty(QStringLiteral("WordWrap"), false)));
+    UserControl::ReadProperties(bag);
+    FinishInitialising();
+}
+
+void ZqLabel::FinishInitialising()
+{
     mInitialised = true;
     ApplyLinkAppearance();
     update();
 }
 
-void ZqLabel::WriteProperties(PropertyBag& bag)
+// A font read or defaulted while loading is kept alive as long as the label: the label keeps
+// fonts by reference.
+StdFont* ZqLabel::KeepFont(const Variant& font)
 {
-    const Variant ambient(static_cast<QObject*>(Ambient()->Font()));
-    auto colour = [](OleColor c) { return static_cast<std::int32_t>(c); };
-    bag.WriteProperty(QStringLiteral("AlignmentH"), mAlignmentH, 0);
-    bag.WriteProperty(QStringLiteral("AlignmentV"), mAlignmentV, vaCenter);
-    bag.WriteProperty(QStringLiteral("AutoSize"), mAutoSize, false);
-    bag.WriteProperty(QStringLiteral("BackColor"), colour(mBackColor), colour(vbButtonFace));
-    bag.WriteProperty(QStringLiteral("BackStyle"), mBackStyle, bsTransparent);
-    bag.WriteProperty(QStringLiteral("Caption"), mCaption, QString());
-    bag.WriteProperty(QStringLiteral("CaptionLangId"), mCaptionLangId, QString());
-    bag.WriteProperty(QStringLiteral("CaptionSuffix"), mCaptionSuffix, tsNone);
-    bag.WriteProperty(QStringLiteral("Ellipsis"), mEllipsis, etNone);
-    bag.WriteProperty(QStringLiteral("Enabled"), mEnabled, true);
-    bag.WriteProperty(QStringLiteral("Font"), Variant(static_cast<QObject*>(Font())), ambient);
-    bag.WriteProperty(QStringLiteral("ForeColor"), colour(mForeColor), colour(vbButtonText));
-    bag.WriteProperty(QStringLiteral("Style"), mStyle, lsNormal);
-    bag.WriteProperty(QStringLiteral("LinkClickFont"), Variant(static_cast<QObject*>(LinkClickFont())), ambient);
-    bag.WriteProperty(QStringLiteral("LinkClickForeColor"), colour(mLinkClickForeColor), colour(vbButtonText));
-    bag.WriteProperty(QStringLiteral("LinkHoverFont"), Variant(static_cast<QObject*>(LinkHoverFont())), ambient);
-    bag.WriteProperty(QStringLiteral("LinkHoverForeColor"), colour(mLinkHoverForeColor), colour(vbButtonText));
-    bag.WriteProperty(QStringLiteral("WordWrap"), mWordWrap, false);
+    if (auto shared = font.SharedObject())
+        mKeptFonts.push_back(shared);
+    return Adopt(font.Object());
+}
+
+const PropertyList& ZqLabel::PersistedProperties() const
+{
+    const auto font = [](auto get) { return [get](const ZqLabel& c) { return Variant(static_cast<QObject*>((c.*get)())); }; };
+    static const PropertyList list =
+        Declare<ZqLabel>()
+            .Property("AlignmentH", &ZqLabel::AlignmentH, &ZqLabel::SetAlignmentH, 0)
+            .Property("AlignmentV", &ZqLabel::AlignmentV, &ZqLabel::SetAlignmentV, int{vaCenter})
+            .Property("AutoSize", &ZqLabel::AutoSize, &ZqLabel::SetAutoSize, false)
+            .Property("BackColor", &ZqLabel::BackColor, &ZqLabel::SetBackColor, vbButtonFace)
+            .Property("BackStyle", &ZqLabel::BackStyle, &ZqLabel::SetBackStyle, int{bsTransparent})
+            .Property("Caption", &ZqLabel::Caption, &ZqLabel::SetCaption, QString())
+            .Initially([](const ZqLabel& c) { return c.Ambient()->DisplayName(); })
+            .Property("CaptionLangId", &ZqLabel::CaptionLangId, &ZqLabel::SetCaptionLangId, QString())
+            .Property("CaptionSuffix", &ZqLabel::CaptionSuffix, &ZqLabel::SetCaptionSuffix, int{tsNone})
+            .Property("Ellipsis", &ZqLabel::Ellipsis, &ZqLabel::SetEllipsis, int{etNone})
+            .Property("Enabled", &ZqLabel::Enabled, &ZqLabel::SetEnabled, true)
+            .Property("Font", font(&ZqLabel::Font), [](ZqLabel& c, const Variant& f) { c.SetFont(c.KeepFont(f)); }, AmbientFont)
+            .Property("ForeColor", &ZqLabel::ForeColor, &ZqLabel::SetForeColor, vbButtonText)
+            .Property("Style", &ZqLabel::Style, &ZqLabel::SetStyle, int{lsNormal})
+            .Property("LinkClickFont", font(&ZqLabel::LinkClickFont),
+                      [](ZqLabel& c, const Variant& f) { c.SetLinkClickFont(c.KeepFont(f)); }, AmbientFont)
+            .Initially(font(&ZqLabel::Font))  // a new label's three fonts are one object
+            .Property("LinkClickForeColor", &ZqLabel::LinkClickForeColor, &ZqLabel::SetLinkClickForeColor, vbButtonText)
+            .Property("LinkHoverFont", font(&ZqLabel::LinkHoverFont),
+                      [](ZqLabel& c, const Variant& f) { c.SetLinkHoverFont(c.KeepFont(f)); }, AmbientFont)
+            .Initially(font(&ZqLabel::Font))
+            .Property("LinkHoverForeColor", &ZqLabel::LinkHoverForeColor, &ZqLabel::SetLinkHoverForeColor, vbButtonText)
+            .Property("WordWrap", &ZqLabel::WordWrap, &ZqLabel::SetWordWrap, false);
+    return list;
+}
+
+QSize ZqLabel::sizeHint() const
+{
+    // The caption's extent in the label's font; a wrapped caption keeps the present width.
+    const QFontMetrics metrics(ToQFont(*Font()));
+    QString text = mCaption;
+    text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+    if (mWordWrap && width() > 0)
+        return metrics.boundingRect(QRect(0, 0, width(), 0), TextFlags() & ~Qt::TextDontClip, text).size().expandedTo({1, metrics.height()});
+    return metrics.size(0, text).expandedTo({1, metrics.height()});
+}
+
+QSize ZqLabel::minimumSizeHint() const
+{
+    return mEllipsis == etNone ? sizeHint() : QSize(0, sizeHint().height());
 }
 
 }  // namespace korvex

@@ -96,7 +96,8 @@ public:
 
     void InitProperties() override;
     void ReadProperties(PropertyBag& bag) override;
-    void WriteProperties(PropertyBag& bag) override;
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
 
 signals:
     void Click(short Button);
@@ -104,6 +105,7 @@ signals:
     void MouseLeave();
 
 protected:
+    const PropertyList& PersistedProperties() const override;
     void Paint(QPainter& painter) override;
     void Resize() override;
     bool event(QEvent* event) override;
@@ -125,6 +127,8 @@ private:
     void MoveTo(const QPointF& position);
     void ScheduleContainerRepaint();
     StdFont* Adopt(QObject* font);
+    StdFont* KeepFont(const Variant& font);
+    void FinishInitialising();
     void ListenTo(StdFont* font);
 
     bool mEnabled = true;
@@ -144,7 +148,7 @@ private:
     bool mWordWrap = false;
 
     // Font references: the label shares font objects with whoever set them; a font read from a
-    // form file is kept alive here.
+    // form file, or the copy of the ambient font it starts with, is kept alive here.
     QPointer<StdFont> mFont;
     QPointer<StdFont> mLinkClickFont;
     QPointer<StdFont> mLinkHoverFont;

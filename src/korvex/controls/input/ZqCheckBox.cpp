@@ -29,23 +29,7 @@ ZqCheckBox::ZqCheckBox(QWidget* parent)
     setAutoFillBackground(true);
 
     connect(chkBox, &Control::Click, this, &ZqCheckBox::InnerBoxClicked);
-    connect(chkBox, &Control::KeyDown, this, &Control::KeyDown);
-    connect(chkBox, &Control::KeyPress, this, &Control::KeyPress);
-    connect(chkBox, &Control::KeyUp, this, &Control::KeyUp);
-    connect(chkBox, &Control::MouseDown, this, &Control::MouseDown);
-    connect(chkBox, &Control::MouseMove, this, &Control::MouseMove);
-    connect(chkBox, &Control::MouseUp, this, &Control::MouseUp);
-    connect(chkBox, &Control::Validate, this, &Control::Validate);
-    connect(chkBox, &Control::GotFocus, this, [this] {
-        mHasFocus = true;
-        update();
-        emit GotFocus();
-    });
-    connect(chkBox, &Control::LostFocus, this, [this] {
-        mHasFocus = false;
-        update();
-        emit LostFocus();
-    });
+    WrapInner(chkBox, InnerEvent::Keys | InnerEvent::Mouse | InnerEvent::Validate | InnerEvent::Focus);
 
     ApplyOwnColors();
     resize(100, 21);
@@ -53,11 +37,10 @@ ZqCheckBox::ZqCheckBox(QWidget* parent)
     ComputeNextValue();
 }
 
-ZqCheckBox::~ZqCheckBox()
+void ZqCheckBox::InnerFocusChanged(bool hasFocus)
 {
-    // The inner box outlives this object's own part while Qt deletes the children; what it
-    // says then (a lost focus) must not reach a half-destroyed control.
-    disconnect(chkBox, nullptr, this, nullptr);
+    mHasFocus = hasFocus;
+    update();
 }
 
 void ZqCheckBox::ComputeNextValue()
@@ -90,16 +73,13 @@ void ZqCheckBox::SetValue(short value)
         chkBox->SetValue(value);
     }
     ComputeNextValue();
-    PropertyChanged(QStringLiteral("Value"));
+    PropertyChanged("Value");
     emit Click(zqchkChangedByCode);
 }
 
 void ZqCheckBox::SetThreeState(bool threeState)
 {
-    if (threeState == mThreeState)
-        return;
-    mThreeState = threeState;
-    PropertyChanged(QStringLiteral("ThreeState"));
+    Assign("ThreeState", mThreeState, threeState);
 }
 
 bool ZqCheckBox::HasCaption() const
@@ -121,6 +101,20 @@ void ZqCheckBox::Resize()
     SetHeight(h + 2 * mMarginY);
     SetWidth(Height());
     chkBox->Move(mMarginX, mMarginY, h, h);
+}
+
+QSize ZqCheckBox::sizeHint() const
+{
+    if (HasCaption())
+        return UserControl::sizeHint();
+    // The square around the box, with room for the focus rectangle.
+    const int side = chkBox->minimumSizeHint().height() + 2 * RoundHalfEven(mMarginY / TwipsPerPixelY());
+    return {side, side};
+}
+
+QSize ZqCheckBox::minimumSizeHint() const
+{
+    return HasCaption() ? UserControl::minimumSizeHint() : sizeHint();
 }
 
 void ZqCheckBox::Paint(QPainter& painter)
@@ -153,179 +147,146 @@ void ZqCheckBox::ApplyOwnColors()
 
 void ZqCheckBox::SetBackColor(OleColor color)
 {
-    WriteInner(QStringLiteral("BackColor"), chkBox, color, &CheckBox::BackColor, &CheckBox::SetBackColor);
+    WriteInner("BackColor", chkBox, color, &CheckBox::BackColor, &CheckBox::SetBackColor);
     ApplyOwnColors();
 }
 
 void ZqCheckBox::SetForeColor(OleColor color)
 {
-    WriteInner(QStringLiteral("ForeColor"), chkBox, color, &CheckBox::ForeColor, &CheckBox::SetForeColor);
+    WriteInner("ForeColor", chkBox, color, &CheckBox::ForeColor, &CheckBox::SetForeColor);
     ApplyOwnColors();
 }
 
 void ZqCheckBox::SetEnabled(bool enabled)
 {
-    if (enabled == chkBox->Enabled() && enabled == UserControl::Enabled())
-        return;
     chkBox->SetEnabled(enabled);
     UserControl::SetEnabled(enabled);
-    PropertyChanged(QStringLiteral("Enabled"));
+    PropertyChanged("Enabled");
 }
 
 void ZqCheckBox::SetFontObject(QObject* font)
 {
-    auto* stdFont = qobject_cast<StdFont*>(font);
-    if (!stdFont)
-        Raise(vbErrInvalidPropertyValue, QStringLiteral("ZqCheckBox.Font"));
-    if (stdFont->SameAs(*chkBox->Font()))
-        return;
+    RequireValid(qobject_cast<StdFont*>(font) != nullptr, "Font");
     chkBox->SetFontObject(font);
-    PropertyChanged(QStringLiteral("Font"));
+    PropertyChanged("Font");
 }
 
 void ZqCheckBox::SetAlignment(short alignment)
 {
-    WriteInner(QStringLiteral("Alignment"), chkBox, alignment, &CheckBox::Alignment, &CheckBox::SetAlignment);
+    WriteInner("Alignment", chkBox, alignment, &CheckBox::Alignment, &CheckBox::SetAlignment);
 }
 
 void ZqCheckBox::SetAppearance(short appearance)
 {
-    WriteInner(QStringLiteral("Appearance"), chkBox, appearance, &CheckBox::Appearance, &CheckBox::SetAppearance);
+    WriteInner("Appearance", chkBox, appearance, &CheckBox::Appearance, &CheckBox::SetAppearance);
 }
 
 void ZqCheckBox::SetCaption(const QString& caption)
 {
-    WriteInner(QStringLiteral("Caption"), chkBox, caption, &CheckBox::Caption, &CheckBox::SetCaption);
+    WriteInner("Caption", chkBox, caption, &CheckBox::Caption, &CheckBox::SetCaption);
     update();  // the focus rectangle belongs to caption-less boxes only
+    updateGeometry();
 }
 
 void ZqCheckBox::SetCausesValidation(bool causes)
 {
-    if (causes == chkBox->CausesValidation() && causes == UserControl::CausesValidation())
-        return;
     chkBox->SetCausesValidation(causes);
     // The form asks the control it holds, this one, when the focus comes in.
     UserControl::SetCausesValidation(causes);
-    PropertyChanged(QStringLiteral("CausesValidation"));
+    PropertyChanged("CausesValidation");
 }
 
 void ZqCheckBox::SetDataField(const QString& field)
 {
-    if (field == mDataField)
-        return;
-    mDataField = field;
-    PropertyChanged(QStringLiteral("DataField"));
+    Assign("DataField", mDataField, field);
 }
 
 void ZqCheckBox::SetDisabledPicture(const QString& fileName)
 {
-    WriteInner(QStringLiteral("DisabledPicture"), chkBox, fileName, &CheckBox::DisabledPicture, &CheckBox::SetDisabledPicture);
+    WriteInner("DisabledPicture", chkBox, fileName, &CheckBox::DisabledPicture, &CheckBox::SetDisabledPicture);
 }
 
 void ZqCheckBox::SetDownPicture(const QString& fileName)
 {
-    WriteInner(QStringLiteral("DownPicture"), chkBox, fileName, &CheckBox::DownPicture, &CheckBox::SetDownPicture);
+    WriteInner("DownPicture", chkBox, fileName, &CheckBox::DownPicture, &CheckBox::SetDownPicture);
 }
 
 void ZqCheckBox::SetMaskColor(OleColor color)
 {
-    WriteInner(QStringLiteral("MaskColor"), chkBox, color, &CheckBox::MaskColor, &CheckBox::SetMaskColor);
+    WriteInner("MaskColor", chkBox, color, &CheckBox::MaskColor, &CheckBox::SetMaskColor);
 }
 
 void ZqCheckBox::SetMouseIcon(const QString& fileName)
 {
-    WriteInner(QStringLiteral("MouseIcon"), chkBox, fileName, &CheckBox::MouseIcon, &CheckBox::SetMouseIcon);
+    WriteInner("MouseIcon", chkBox, fileName, &CheckBox::MouseIcon, &CheckBox::SetMouseIcon);
 }
 
 void ZqCheckBox::SetMousePointer(int pointer)
 {
-    WriteInner(QStringLiteral("MousePointer"), chkBox, pointer, &CheckBox::MousePointer, &CheckBox::SetMousePointer);
+    WriteInner("MousePointer", chkBox, pointer, &CheckBox::MousePointer, &CheckBox::SetMousePointer);
 }
 
 void ZqCheckBox::SetOLEDropMode(short mode)
 {
-    WriteInner(QStringLiteral("OLEDropMode"), chkBox, mode, &CheckBox::OLEDropMode, &CheckBox::SetOLEDropMode);
+    WriteInner("OLEDropMode", chkBox, mode, &CheckBox::OLEDropMode, &CheckBox::SetOLEDropMode);
 }
 
 void ZqCheckBox::SetPicture(const QString& fileName)
 {
-    WriteInner(QStringLiteral("Picture"), chkBox, fileName, &CheckBox::Picture, &CheckBox::SetPicture);
+    WriteInner("Picture", chkBox, fileName, &CheckBox::Picture, &CheckBox::SetPicture);
 }
 
 void ZqCheckBox::SetToolTipText(const QString& text)
 {
-    WriteInner(QStringLiteral("ToolTipText"), chkBox, text, &CheckBox::ToolTipText, &CheckBox::SetToolTipText);
+    WriteInner("ToolTipText", chkBox, text, &CheckBox::ToolTipText, &CheckBox::SetToolTipText);
 }
 
 void ZqCheckBox::SetUseMaskColor(bool use)
 {
-    WriteInner(QStringLiteral("UseMaskColor"), chkBox, use, &CheckBox::UseMaskColor, &CheckBox::SetUseMaskColor);
+    WriteInner("UseMaskColor", chkBox, use, &CheckBox::UseMaskColor, &CheckBox::SetUseMaskColor);
 }
 
 void ZqCheckBox::SetWhatsThisHelpID(int id)
 {
-    WriteInner(QStringLiteral("WhatsThisHelpID"), chkBox, id, &CheckBox::WhatsThisHelpID, &CheckBox::SetWhatsThisHelpID);
+    WriteInner("WhatsThisHelpID", chkBox, id, &CheckBox::WhatsThisHelpID, &CheckBox::SetWhatsThisHelpID);
 }
 
-void ZqCheckBox::InitProperties()
+void ZqCheckBox::LoadValue(short value)
 {
-    mThreeState = true;
-    ComputeNextValue();
-}
-
-void ZqCheckBox::ReadProperties(PropertyBag& bag)
-{
-    SetAppearance(CInt(bag.ReadProperty(QStringLiteral("Appearance"), 1)));
-    SetBackColor(static_cast<OleColor>(CLng(bag.ReadProperty(QStringLiteral("BackColor"), static_cast<std::int32_t>(vbButtonFace)))));
-    SetForeColor(static_cast<OleColor>(CLng(bag.ReadProperty(QStringLiteral("ForeColor"), static_cast<std::int32_t>(vbButtonText)))));
-    SetEnabled(CBool(bag.ReadProperty(QStringLiteral("Enabled"), true)));
-    SetFontObject(bag.ReadProperty(QStringLiteral("Font"), Variant(Ambient()->FontObject())).Object());
-    SetAlignment(CInt(bag.ReadProperty(QStringLiteral("Alignment"), 0)));
-    SetCaption(CStr(bag.ReadProperty(QStringLiteral("Caption"), QStringLiteral("ZqCheckBox"))));
-    SetCausesValidation(CBool(bag.ReadProperty(QStringLiteral("CausesValidation"), true)));
-    SetDataField(CStr(bag.ReadProperty(QStringLiteral("DataField"), QString())));
-    SetDisabledPicture(CStr(bag.ReadProperty(QStringLiteral("DisabledPicture"), QString())));
-    SetDownPicture(CStr(bag.ReadProperty(QStringLiteral("DownPicture"), QString())));
-    SetMaskColor(static_cast<OleColor>(CLng(bag.ReadProperty(QStringLiteral("MaskColor"), 0xC0C0C0))));
-    SetMouseIcon(CStr(bag.ReadProperty(QStringLiteral("MouseIcon"), QString())));
-    SetMousePointer(CLng(bag.ReadProperty(QStringLiteral("MousePointer"), 0)));
-    SetOLEDropMode(CInt(bag.ReadProperty(QStringLiteral("OLEDropMode"), 0)));
-    SetPicture(CStr(bag.ReadProperty(QStringLiteral("Picture"), QString())));
-    SetToolTipText(CStr(bag.ReadProperty(QStringLiteral("ToolTipText"), QString())));
-    SetUseMaskColor(CBool(bag.ReadProperty(QStringLiteral("UseMaskColor"), false)));
-    SetWhatsThisHelpID(CLng(bag.ReadProperty(QStringLiteral("WhatsThisHelpID"), 0)));
-    SetThreeState(CBool(bag.ReadProperty(QStringLiteral("ThreeState"), true)));
     {
         // A loaded value is no change of value: no Click.
         const QScopedValueRollback guard(mClickGuard, true);
-        chkBox->SetValue(CInt(bag.ReadProperty(QStringLiteral("Value"), 0)));
+        chkBox->SetValue(value);
     }
     ComputeNextValue();
 }
 
-void ZqCheckBox::WriteProperties(PropertyBag& bag)
+const PropertyList& ZqCheckBox::PersistedProperties() const
 {
-    bag.WriteProperty(QStringLiteral("Appearance"), Appearance(), std::int16_t{1});
-    bag.WriteProperty(QStringLiteral("BackColor"), static_cast<std::int32_t>(BackColor()), static_cast<std::int32_t>(vbButtonFace));
-    bag.WriteProperty(QStringLiteral("ForeColor"), static_cast<std::int32_t>(ForeColor()), static_cast<std::int32_t>(vbButtonText));
-    bag.WriteProperty(QStringLiteral("Enabled"), chkBox->Enabled(), true);
-    bag.WriteProperty(QStringLiteral("Font"), Variant(FontObject()), Variant(Ambient()->FontObject()));
-    bag.WriteProperty(QStringLiteral("Alignment"), Alignment(), std::int16_t{0});
-    bag.WriteProperty(QStringLiteral("Caption"), Caption(), QStringLiteral("ZqCheckBox"));
-    bag.WriteProperty(QStringLiteral("CausesValidation"), CausesValidation(), true);
-    bag.WriteProperty(QStringLiteral("DataField"), mDataField, QString());
-    bag.WriteProperty(QStringLiteral("DisabledPicture"), DisabledPicture(), QString());
-    bag.WriteProperty(QStringLiteral("DownPicture"), DownPicture(), QString());
-    bag.WriteProperty(QStringLiteral("MaskColor"), static_cast<std::int32_t>(MaskColor()), 0xC0C0C0);
-    bag.WriteProperty(QStringLiteral("MouseIcon"), MouseIcon(), QString());
-    bag.WriteProperty(QStringLiteral("MousePointer"), MousePointer(), 0);
-    bag.WriteProperty(QStringLiteral("OLEDropMode"), OLEDropMode(), std::int16_t{0});
-    bag.WriteProperty(QStringLiteral("Picture"), Picture(), QString());
-    bag.WriteProperty(QStringLiteral("ToolTipText"), ToolTipText(), QString());
-    bag.WriteProperty(QStringLiteral("UseMaskColor"), UseMaskColor(), false);
-    bag.WriteProperty(QStringLiteral("WhatsThisHelpID"), WhatsThisHelpID(), 0);
-    bag.WriteProperty(QStringLiteral("ThreeState"), mThreeState, true);
-    bag.WriteProperty(QStringLiteral("Value"), Value(), std::int16_t{0});
+    static const PropertyList list =
+        Declare<ZqCheckBox>()
+            .Property("Appearance", &ZqCheckBox::Appearance, &ZqCheckBox::SetAppearance, std::int16_t{1})
+            .Property("BackColor", &ZqCheckBox::BackColor, &ZqCheckBox::SetBackColor, vbButtonFace)
+            .Property("ForeColor", &ZqCheckBox::ForeColor, &ZqCheckBox::SetForeColor, vbButtonText)
+            .Property("Enabled", [](const ZqCheckBox& c) { return c.chkBox->Enabled(); }, &ZqCheckBox::SetEnabled, true)
+            .Property("Font", &ZqCheckBox::FontObject, &ZqCheckBox::SetFontObject, AmbientFont)
+            .Property("Alignment", &ZqCheckBox::Alignment, &ZqCheckBox::SetAlignment, std::int16_t{0})
+            .Property("Caption", &ZqCheckBox::Caption, &ZqCheckBox::SetCaption, QStringLiteral("ZqCheckBox"))
+            .Property("CausesValidation", &ZqCheckBox::CausesValidation, &ZqCheckBox::SetCausesValidation, true)
+            .Property("DataField", &ZqCheckBox::DataField, &ZqCheckBox::SetDataField, QString())
+            .Property("DisabledPicture", &ZqCheckBox::DisabledPicture, &ZqCheckBox::SetDisabledPicture, QString())
+            .Property("DownPicture", &ZqCheckBox::DownPicture, &ZqCheckBox::SetDownPicture, QString())
+            .Property("MaskColor", &ZqCheckBox::MaskColor, &ZqCheckBox::SetMaskColor, OleColor{0xC0C0C0})
+            .Property("MouseIcon", &ZqCheckBox::MouseIcon, &ZqCheckBox::SetMouseIcon, QString())
+            .Property("MousePointer", &ZqCheckBox::MousePointer, &ZqCheckBox::SetMousePointer, 0)
+            .Property("OLEDropMode", &ZqCheckBox::OLEDropMode, &ZqCheckBox::SetOLEDropMode, std::int16_t{0})
+            .Property("Picture", &ZqCheckBox::Picture, &ZqCheckBox::SetPicture, QString())
+            .Property("ToolTipText", &ZqCheckBox::ToolTipText, &ZqCheckBox::SetToolTipText, QString())
+            .Property("UseMaskColor", &ZqCheckBox::UseMaskColor, &ZqCheckBox::SetUseMaskColor, false)
+            .Property("WhatsThisHelpID", &ZqCheckBox::WhatsThisHelpID, &ZqCheckBox::SetWhatsThisHelpID, 0)
+            .Property("ThreeState", &ZqCheckBox::ThreeState, &ZqCheckBox::SetThreeState, true)
+            .Stored("Value", &ZqCheckBox::Value, &ZqCheckBox::LoadValue, std::int16_t{0});
+    return list;
 }
 
 }  // namespace korvex

@@ -38,7 +38,6 @@ class ZqCheckBox : public UserControl {
 
 public:
     explicit ZqCheckBox(QWidget* parent = nullptr);
-    ~ZqCheckBox() override;
 
     // The inner box's colours; the back colour is also the control's own surface.
     OleColor BackColor() const { return chkBox->BackColor(); }
@@ -96,19 +95,20 @@ public:
     // The value the next user click sets.
     short NextValue() const noexcept { return mNextValue; }
 
-    void InitProperties() override;
-    void ReadProperties(PropertyBag& bag) override;
-    void WriteProperties(PropertyBag& bag) override;
-
 signals:
     void Click(ZqCheckBoxClickReasons Reason);
 
 protected:
+    const PropertyList& PersistedProperties() const override;
+    void InnerFocusChanged(bool hasFocus) override;
     void Resize() override;
     void Paint(QPainter& painter) override;
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
 
 private:
     void InnerBoxClicked();
+    void LoadValue(short value);
     void ComputeNextValue();
     bool HasCaption() const;
     void ApplyOwnColors();

@@ -87,19 +87,10 @@ void ZqNumber::ConnectInnerEvents()
         if (!mWritingInner)
             emit Click();
     });
-    connect(mNumber, &Control::DblClick, this, &Control::DblClick);
     connect(mNumber, &Control::KeyDown, this, &ZqNumber::c1Number_KeyDown);
     connect(mNumber, &Control::KeyPress, this, &ZqNumber::c1Number_KeyPress);
-    connect(mNumber, &Control::KeyUp, this, [this](short& KeyCode, short& Shift) { emit KeyUp(KeyCode, Shift); });
-    connect(mNumber, &Control::MouseDown, this,
-            [this](short& Button, short& Shift, float& X, float& Y) { emit MouseDown(Button, Shift, X, Y); });
-    connect(mNumber, &Control::MouseMove, this,
-            [this](short& Button, short& Shift, float& X, float& Y) { emit MouseMove(Button, Shift, X, Y); });
-    connect(mNumber, &Control::MouseUp, this,
-            [this](short& Button, short& Shift, float& X, float& Y) { emit MouseUp(Button, Shift, X, Y); });
-    connect(mNumber, &Control::GotFocus, this, &Control::GotFocus);
-    connect(mNumber, &Control::LostFocus, this, &Control::LostFocus);
-    connect(mNumber, &Control::Validate, this, [this](bool& Cancel) { emit Validate(Cancel); });
+    WrapInner(mNumber, InnerEvent::DblClick | InnerEvent::Mouse | InnerEvent::Validate | InnerEvent::Focus);
+    connect(mNumber, &Control::KeyUp, this, &Control::KeyUp);
 }
 
 void ZqNumber::ReleaseInner()
@@ -173,7 +164,7 @@ void ZqNumber::ApplyReadOnly(bool readOnly)
 void ZqNumber::SetReadOnly(bool readOnly)
 {
     ApplyReadOnly(readOnly);
-    PropertyChanged(QStringLiteral("ReadOnly"));
+    PropertyChanged("ReadOnly");
 }
 
 Variant ZqNumber::Value() const
@@ -184,7 +175,7 @@ Variant ZqNumber::Value() const
 void ZqNumber::SetValue(const Variant& value)
 {
     mNumber->SetValue(value);
-    PropertyChanged(QStringLiteral("Value"));
+    PropertyChanged("Value");
 }
 
 bool ZqNumber::ValueIsNull() const
@@ -194,7 +185,7 @@ bool ZqNumber::ValueIsNull() const
 
 void ZqNumber::SetDecimalPlaces(std::uint8_t places)
 {
-    Reformat(mDecimalPlaces, places, QStringLiteral("DecimalPlaces"));
+    Reformat(mDecimalPlaces, places, "DecimalPlaces");
 }
 
 StdFont* ZqNumber::Font() const
@@ -210,7 +201,7 @@ QObject* ZqNumber::FontObject() const
 void ZqNumber::SetFontObject(QObject* font)
 {
     mNumber->SetFontObject(font);
-    PropertyChanged(QStringLiteral("Font"));
+    PropertyChanged("Font");
 }
 
 Variant ZqNumber::MaxValue() const
@@ -221,7 +212,7 @@ Variant ZqNumber::MaxValue() const
 void ZqNumber::SetMaxValue(const Variant& value)
 {
     ApplyNumberFormat(MinValue(), value);
-    PropertyChanged(QStringLiteral("MaxValue"));
+    PropertyChanged("MaxValue");
 }
 
 Variant ZqNumber::MinValue() const
@@ -232,13 +223,13 @@ Variant ZqNumber::MinValue() const
 void ZqNumber::SetMinValue(const Variant& value)
 {
     ApplyNumberFormat(value, MaxValue());
-    PropertyChanged(QStringLiteral("MinValue"));
+    PropertyChanged("MinValue");
 }
 
 void ZqNumber::SetAllowNullSelection(bool allow)
 {
     mAllowNullSelection = allow;
-    PropertyChanged(QStringLiteral("AllowNullSelection"));
+    PropertyChanged("AllowNullSelection");
 }
 
 void ZqNumber::ApplyEnabled(bool enabled)
@@ -250,7 +241,7 @@ void ZqNumber::ApplyEnabled(bool enabled)
 void ZqNumber::SetEnabled(bool enabled)
 {
     ApplyEnabled(enabled);
-    PropertyChanged(QStringLiteral("Enabled"));
+    PropertyChanged("Enabled");
 }
 
 void ZqNumber::SetTabStop(bool tabStop)
@@ -267,7 +258,7 @@ short ZqNumber::BorderStyle() const
 void ZqNumber::SetBorderStyle(short style)
 {
     mNumber->SetBorderStyle(style);
-    PropertyChanged(QStringLiteral("BorderStyle"));
+    PropertyChanged("BorderStyle");
 }
 
 QString ZqNumber::DisplayText() const
@@ -276,7 +267,7 @@ QString ZqNumber::DisplayText() const
 }
 
 template <class T>
-void ZqNumber::Reformat(T& setting, T value, const QString& propertyName)
+void ZqNumber::Reformat(T& setting, T value, const char* propertyName)
 {
     const T old = setting;
     setting = value;
@@ -291,22 +282,22 @@ void ZqNumber::Reformat(T& setting, T value, const QString& propertyName)
 
 void ZqNumber::SetSuppressLeadingZeroes(bool suppress)
 {
-    Reformat(mSuppressLeadingZeroes, suppress, QStringLiteral("SuppressLeadingZeroes"));
+    Reformat(mSuppressLeadingZeroes, suppress, "SuppressLeadingZeroes");
 }
 
 void ZqNumber::SetBlankWhenZero(bool blank)
 {
-    Reformat(mBlankWhenZero, blank, QStringLiteral("BlankWhenZero"));
+    Reformat(mBlankWhenZero, blank, "BlankWhenZero");
 }
 
 void ZqNumber::SetThousandsSeparators(bool separators)
 {
-    Reformat(mThousandsSeparators, separators, QStringLiteral("ThousandsSeparators"));
+    Reformat(mThousandsSeparators, separators, "ThousandsSeparators");
 }
 
 void ZqNumber::SetNegativeStyle(int style)
 {
-    Reformat(mNegativeStyle, style, QStringLiteral("NegativeStyle"));
+    Reformat(mNegativeStyle, style, "NegativeStyle");
 }
 
 bool ZqNumber::SpinButtonVisible() const
@@ -317,7 +308,7 @@ bool ZqNumber::SpinButtonVisible() const
 void ZqNumber::SetSpinButtonVisible(bool visible)
 {
     mNumber->SetSpinVisible(visible ? NumberBox::SpinShown : NumberBox::SpinHidden);
-    PropertyChanged(QStringLiteral("SpinButtonVisible"));
+    PropertyChanged("SpinButtonVisible");
 }
 
 bool ZqNumber::SpinEnabled() const
@@ -328,7 +319,7 @@ bool ZqNumber::SpinEnabled() const
 void ZqNumber::SetSpinEnabled(bool enabled)
 {
     mNumber->SetSpinEnabled(enabled);
-    PropertyChanged(QStringLiteral("SpinEnabled"));
+    PropertyChanged("SpinEnabled");
 }
 
 short ZqNumber::AlignHorizontal() const
@@ -339,7 +330,7 @@ short ZqNumber::AlignHorizontal() const
 void ZqNumber::SetAlignHorizontal(short alignment)
 {
     mNumber->SetAlignHorizontal(alignment);
-    PropertyChanged(QStringLiteral("AlignHorizontal"));
+    PropertyChanged("AlignHorizontal");
 }
 
 OleColor ZqNumber::BackColor() const
@@ -350,7 +341,7 @@ OleColor ZqNumber::BackColor() const
 void ZqNumber::SetBackColor(OleColor color)
 {
     mNumber->SetBackColor(color);
-    PropertyChanged(QStringLiteral("BackColor"));
+    PropertyChanged("BackColor");
 }
 
 OleColor ZqNumber::ForeColor() const
@@ -361,7 +352,7 @@ OleColor ZqNumber::ForeColor() const
 void ZqNumber::SetForeColor(OleColor color)
 {
     mNumber->SetForeColor(color);
-    PropertyChanged(QStringLiteral("ForeColor"));
+    PropertyChanged("ForeColor");
 }
 
 QString ZqNumber::SelText() const
@@ -372,7 +363,7 @@ QString ZqNumber::SelText() const
 void ZqNumber::SetSelText(const QString& text)
 {
     mNumber->SetSelText(text);
-    PropertyChanged(QStringLiteral("SelText"));
+    PropertyChanged("SelText");
 }
 
 int ZqNumber::SelStart() const
@@ -383,7 +374,7 @@ int ZqNumber::SelStart() const
 void ZqNumber::SetSelStart(int start)
 {
     mNumber->SetSelStart(start);
-    PropertyChanged(QStringLiteral("SelStart"));
+    PropertyChanged("SelStart");
 }
 
 int ZqNumber::SelLength() const
@@ -394,7 +385,7 @@ int ZqNumber::SelLength() const
 void ZqNumber::SetSelLength(int length)
 {
     mNumber->SetSelLength(length);
-    PropertyChanged(QStringLiteral("SelLength"));
+    PropertyChanged("SelLength");
 }
 
 void ZqNumber::Refresh()
@@ -411,8 +402,9 @@ void ZqNumber::Resize()
 
 void ZqNumber::c1Number_KeyDown(short& KeyCode, short& Shift)
 {
-    // Deleting the whole text empties the field the way the field allows.
-    if ((KeyCode == 8 || KeyCode == 46) && !mNumber->ReadOnly() && mNumber->SelText() == mNumber->DisplayText()) {
+    // Deleting the whole text, at once or down to its last character, empties the field the
+    // way the field allows.
+    if ((KeyCode == 8 || KeyCode == 46) && !mNumber->ReadOnly() && DeletesWholeText(KeyCode)) {
         if (mAllowNullSelection)
             mNumber->SetValue(Variant::Null());
         else if (Compare(MaxValue(), Variant(std::int16_t{0})) == Comparison::Less ||
@@ -422,6 +414,16 @@ void ZqNumber::c1Number_KeyDown(short& KeyCode, short& Shift)
             mNumber->SetValue(std::int16_t{0});
     }
     emit KeyDown(KeyCode, Shift);
+}
+
+bool ZqNumber::DeletesWholeText(short keyCode) const
+{
+    const QString text = mNumber->DisplayText();
+    if (!mNumber->SelText().isEmpty() || text.isEmpty())
+        return mNumber->SelText() == text;
+    // No selection: the key takes the one character before (Backspace) or after (Delete) the
+    // caret.
+    return text.size() == 1 && mNumber->SelStart() == (keyCode == 8 ? 1 : 0);
 }
 
 void ZqNumber::c1Number_KeyPress(short& KeyAscii)
@@ -449,72 +451,47 @@ void ZqNumber::CheckRange(bool& Cancel)
 
 // Lifecycle ------------------------------------------------------------------------------------
 
-void ZqNumber::InitProperties()
+void ZqNumber::LoadMaxValue(const Variant& maxValue)
 {
-    ApplyEnabled(true);
-    mNegativeStyle = zqnnsBrackets;
-    mSuppressLeadingZeroes = true;
-    mThousandsSeparators = true;
-    mNumber->SetSpinVisible(NumberBox::SpinHidden);
-    mNumber->SetSpinEnabled(true);
-    mNumber->SetBackColor(vbWindowBackground);
-    mDecimalPlaces = 2;
-    mNumber->SetForeColor(vbWindowText);
-    mNumber->Font()->CopyFrom(*Ambient()->Font());
-    ApplyNumberFormat(DefaultMinValue, DefaultMaxValue);
+    // Both bounds are in: the formats follow from them and the other settings just loaded.
+    ApplyNumberFormat(mLoadedMinValue, maxValue);
 }
 
-void ZqNumber::ReadProperties(PropertyBag& bag)
+const PropertyList& ZqNumber::PersistedProperties() const
 {
-    ApplyReadOnly(CBool(bag.ReadProperty(QStringLiteral("ReadOnly"), false)));
-    mAllowNullSelection = CBool(bag.ReadProperty(QStringLiteral("AllowNullSelection"), false));
-    mDataField = CStr(bag.ReadProperty(QStringLiteral("DataField"), QString()));
-    ApplyEnabled(CBool(bag.ReadProperty(QStringLiteral("Enabled"), true)));
-    mNumber->SetBorderStyle(CInt(bag.ReadProperty(QStringLiteral("BorderStyle"), std::int16_t{1})));
-    mNumber->SetFontObject(bag.ReadProperty(QStringLiteral("Font"), Variant(static_cast<QObject*>(Ambient()->Font()))).Object());
-    mSuppressLeadingZeroes = CBool(bag.ReadProperty(QStringLiteral("SuppressLeadingZeroes"), true));
-    mBlankWhenZero = CBool(bag.ReadProperty(QStringLiteral("BlankWhenZero"), false));
-    mThousandsSeparators = CBool(bag.ReadProperty(QStringLiteral("ThousandsSeparators"), true));
-    mNegativeStyle = CLng(bag.ReadProperty(QStringLiteral("NegativeStyle"), std::int32_t{zqnnsBrackets}));
-    mNumber->SetSpinVisible(CLng(bag.ReadProperty(QStringLiteral("SpinButtonVisible"), std::int32_t{NumberBox::SpinHidden})));
-    mNumber->SetSpinEnabled(CBool(bag.ReadProperty(QStringLiteral("SpinEnabled"), true)));
-    mNumber->SetAlignHorizontal(CInt(bag.ReadProperty(QStringLiteral("AlignHorizontal"), std::int16_t{1})));
-    mDecimalPlaces = CByte(bag.ReadProperty(QStringLiteral("DecimalPlaces"), std::uint8_t{2}));
-    const bool readOnly = mNumber->ReadOnly();
-    mNumber->SetBackColor(static_cast<OleColor>(CLng(bag.ReadProperty(
-        QStringLiteral("BackColor"), static_cast<std::int32_t>(readOnly ? vbButtonFace : vbWindowBackground)))));
-    mNumber->SetForeColor(static_cast<OleColor>(CLng(bag.ReadProperty(
-        QStringLiteral("ForeColor"), static_cast<std::int32_t>(readOnly ? vbButtonText : vbWindowText)))));
-    const Variant minValue = bag.ReadProperty(QStringLiteral("MinValue"), DefaultMinValue);
-    const Variant maxValue = bag.ReadProperty(QStringLiteral("MaxValue"), DefaultMaxValue);
-    ApplyNumberFormat(minValue, maxValue);
-    mNumber->SetValue(bag.ReadProperty(QStringLiteral("Value"), Variant::Null()));
-}
-
-void ZqNumber::WriteProperties(PropertyBag& bag)
-{
-    const bool readOnly = mNumber->ReadOnly();
-    bag.WriteProperty(QStringLiteral("ReadOnly"), readOnly, false);
-    bag.WriteProperty(QStringLiteral("Value"), Value(), Variant::Null());
-    bag.WriteProperty(QStringLiteral("MaxValue"), MaxValue(), DefaultMaxValue);
-    bag.WriteProperty(QStringLiteral("MinValue"), MinValue(), DefaultMinValue);
-    bag.WriteProperty(QStringLiteral("AllowNullSelection"), mAllowNullSelection, false);
-    bag.WriteProperty(QStringLiteral("DataField"), mDataField, QString());
-    bag.WriteProperty(QStringLiteral("Enabled"), Enabled(), true);
-    bag.WriteProperty(QStringLiteral("BorderStyle"), BorderStyle(), std::int16_t{1});
-    bag.WriteProperty(QStringLiteral("Font"), Variant(FontObject()), Variant(static_cast<QObject*>(Ambient()->Font())));
-    bag.WriteProperty(QStringLiteral("SuppressLeadingZeroes"), mSuppressLeadingZeroes, true);
-    bag.WriteProperty(QStringLiteral("BlankWhenZero"), mBlankWhenZero, false);
-    bag.WriteProperty(QStringLiteral("ThousandsSeparators"), mThousandsSeparators, true);
-    bag.WriteProperty(QStringLiteral("NegativeStyle"), std::int32_t{mNegativeStyle}, std::int32_t{zqnnsBrackets});
-    bag.WriteProperty(QStringLiteral("SpinButtonVisible"), std::int32_t{mNumber->SpinVisible()}, std::int32_t{NumberBox::SpinHidden});
-    bag.WriteProperty(QStringLiteral("SpinEnabled"), SpinEnabled(), true);
-    bag.WriteProperty(QStringLiteral("AlignHorizontal"), AlignHorizontal(), std::int16_t{1});
-    bag.WriteProperty(QStringLiteral("DecimalPlaces"), mDecimalPlaces, std::uint8_t{2});
-    bag.WriteProperty(QStringLiteral("BackColor"), static_cast<std::int32_t>(BackColor()),
-                      static_cast<std::int32_t>(readOnly ? vbButtonFace : vbWindowBackground));
-    bag.WriteProperty(QStringLiteral("ForeColor"), static_cast<std::int32_t>(ForeColor()),
-                      static_cast<std::int32_t>(readOnly ? vbButtonText : vbWindowText));
+    static const auto stored = [](auto member) {
+        return [member](ZqNumber& c, const auto& value) { c.*member = value; };
+    };
+    static const PropertyList list =
+        Declare<ZqNumber>()
+            .Property("ReadOnly", &ZqNumber::ReadOnly, &ZqNumber::ApplyReadOnly, false)
+            .Stored("AllowNullSelection", &ZqNumber::AllowNullSelection, stored(&ZqNumber::mAllowNullSelection), false)
+            .Stored("DataField", &ZqNumber::DataField, stored(&ZqNumber::mDataField), QString())
+            .Property("Enabled", &ZqNumber::Enabled, &ZqNumber::ApplyEnabled, true)
+            .Property("BorderStyle", &ZqNumber::BorderStyle, [](ZqNumber& c, std::int16_t v) { c.mNumber->SetBorderStyle(v); },
+                      std::int16_t{1})
+            .Property("Font", &ZqNumber::FontObject, [](ZqNumber& c, QObject* f) { c.mNumber->SetFontObject(f); }, AmbientFont)
+            .Stored("SuppressLeadingZeroes", &ZqNumber::SuppressLeadingZeroes, stored(&ZqNumber::mSuppressLeadingZeroes), true)
+            .Stored("BlankWhenZero", &ZqNumber::BlankWhenZero, stored(&ZqNumber::mBlankWhenZero), false)
+            .Stored("ThousandsSeparators", &ZqNumber::ThousandsSeparators, stored(&ZqNumber::mThousandsSeparators), true)
+            .Stored("NegativeStyle", &ZqNumber::NegativeStyle, stored(&ZqNumber::mNegativeStyle), std::int32_t{zqnnsBrackets})
+            // A Boolean kept as the inner box's 32-bit visibility; any non-zero value shows it.
+            .Property("SpinButtonVisible", [](const ZqNumber& c) { return std::int32_t{c.mNumber->SpinVisible()}; },
+                      [](ZqNumber& c, std::int32_t v) { c.mNumber->SetSpinVisible(v != 0 ? NumberBox::SpinShown : NumberBox::SpinHidden); },
+                      std::int32_t{NumberBox::SpinHidden})
+            .Property("SpinEnabled", &ZqNumber::SpinEnabled, [](ZqNumber& c, bool v) { c.mNumber->SetSpinEnabled(v); }, true)
+            .Property("AlignHorizontal", &ZqNumber::AlignHorizontal,
+                      [](ZqNumber& c, std::int16_t v) { c.mNumber->SetAlignHorizontal(v); }, std::int16_t{1})
+            .Stored("DecimalPlaces", &ZqNumber::DecimalPlaces, stored(&ZqNumber::mDecimalPlaces), std::uint8_t{2})
+            // The colours' defaults follow the ReadOnly just loaded.
+            .Property("BackColor", &ZqNumber::BackColor, [](ZqNumber& c, OleColor v) { c.mNumber->SetBackColor(v); },
+                      [](const ZqNumber& c) { return c.ReadOnly() ? vbButtonFace : vbWindowBackground; })
+            .Property("ForeColor", &ZqNumber::ForeColor, [](ZqNumber& c, OleColor v) { c.mNumber->SetForeColor(v); },
+                      [](const ZqNumber& c) { return c.ReadOnly() ? vbButtonText : vbWindowText; })
+            .Stored("MinValue", &ZqNumber::MinValue, stored(&ZqNumber::mLoadedMinValue), DefaultMinValue)
+            .Stored("MaxValue", &ZqNumber::MaxValue, &ZqNumber::LoadMaxValue, DefaultMaxValue)
+            .Property("Value", &ZqNumber::Value, [](ZqNumber& c, const Variant& v) { c.mNumber->SetValue(v); }, Variant::Null());
+    return list;
 }
 
 }  // namespace korvex

@@ -108,9 +108,6 @@ public:
 
     NumberBox* c1Number() const noexcept { return mNumber; }
 
-    void InitProperties() override;
-    void ReadProperties(PropertyBag& bag) override;
-    void WriteProperties(PropertyBag& bag) override;
     void Terminate() override;
 
 signals:
@@ -119,6 +116,7 @@ signals:
     void SpinUp();
 
 protected:
+    const PropertyList& PersistedProperties() const override;
     void Resize() override;
 
 private:
@@ -127,11 +125,13 @@ private:
     void ApplyNumberFormat(const Variant& minValue, const Variant& maxValue);
     // Stores a setting the formats depend on and reformats; a refused format puts it back.
     template <class T>
-    void Reformat(T& setting, T value, const QString& propertyName);
+    void Reformat(T& setting, T value, const char* propertyName);
+    void LoadMaxValue(const Variant& maxValue);
     void ApplyReadOnly(bool readOnly);
     void ApplyEnabled(bool enabled);
     void ConnectInnerEvents();
     void c1Number_KeyDown(short& KeyCode, short& Shift);
+    bool DeletesWholeText(short keyCode) const;
     void c1Number_KeyPress(short& KeyAscii);
     void CheckRange(bool& Cancel);
     // Disables the inner box and stops listening to it, so that nothing it does while going
@@ -146,6 +146,8 @@ private:
     bool mAllowNullSelection = false;
     QString mDataField;
     std::uint8_t mDecimalPlaces = 2;
+    // The minimum read from a form file, applied with the maximum read after it.
+    Variant mLoadedMinValue;
     // Set while this control writes the inner box itself: its Change and Click are not ours.
     bool mWritingInner = false;
     bool mReleased = false;

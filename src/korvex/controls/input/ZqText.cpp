@@ -35,11 +35,10 @@ ZqText::ZqText(QWidget* parent, bool multiLine) : UserControl(parent)
     Resize();
 }
 
-ZqText::~ZqText()
+void ZqText::InnerFocusChanged(bool hasFocus)
 {
-    // The inner box outlives this object's own part while Qt deletes the children; what it
-    // says then (a lost focus) must not reach a half-destroyed control.
-    disconnect(txt, nullptr, this, nullptr);
+    mHasFocus = hasFocus;
+    RefreshDisplay();
 }
 
 void ZqText::BuildInnerBox(bool multiLine)
@@ -51,25 +50,8 @@ void ZqText::BuildInnerBox(bool multiLine)
     setFocusProxy(txt);
 
     connect(txt, &TextBox::Change, this, &ZqText::InnerBoxChanged);
-    connect(txt, &Control::Click, this, &Control::Click);
-    connect(txt, &Control::DblClick, this, &Control::DblClick);
-    connect(txt, &Control::KeyDown, this, &Control::KeyDown);
-    connect(txt, &Control::KeyPress, this, &Control::KeyPress);
-    connect(txt, &Control::KeyUp, this, &Control::KeyUp);
-    connect(txt, &Control::MouseDown, this, &Control::MouseDown);
-    connect(txt, &Control::MouseMove, this, &Control::MouseMove);
-    connect(txt, &Control::MouseUp, this, &Control::MouseUp);
-    connect(txt, &Control::Validate, this, &Control::Validate);
-    connect(txt, &Control::GotFocus, this, [this] {
-        mHasFocus = true;
-        RefreshDisplay();
-        emit GotFocus();
-    });
-    connect(txt, &Control::LostFocus, this, [this] {
-        mHasFocus = false;
-        RefreshDisplay();
-        emit LostFocus();
-    });
+    WrapInner(txt, InnerEvent::Click | InnerEvent::DblClick | InnerEvent::Keys | InnerEvent::Mouse |
+                       InnerEvent::Validate | InnerEvent::Focus);
     txt->show();
 }
 
@@ -117,14 +99,14 @@ void ZqText::SetText(const QString& text)
         emit Change();
     }
     RefreshDisplay();
-    PropertyChanged(QStringLiteral("Text"));
+    PropertyChanged("Text");
 }
 
 void ZqText::SetDefaultText(const QString& text)
 {
     mDefaultText = text;
     RefreshDisplay();
-    PropertyChanged(QStringLiteral("DefaultText"));
+    PropertyChanged("DefaultText");
 }
 
 void ZqText::KeyPress(short AsciiChar)
@@ -149,19 +131,19 @@ void ZqText::KeyPress(short AsciiChar)
 void ZqText::SetSelStart(int start)
 {
     txt->SetSelStart(start);
-    PropertyChanged(QStringLiteral("SelStart"));
+    PropertyChanged("SelStart");
 }
 
 void ZqText::SetSelLength(int length)
 {
     txt->SetSelLength(length);
-    PropertyChanged(QStringLiteral("SelLength"));
+    PropertyChanged("SelLength");
 }
 
 void ZqText::SetSelText(const QString& text)
 {
     txt->SetSelText(text);
-    PropertyChanged(QStringLiteral("SelText"));
+    PropertyChanged("SelText");
 }
 
 void ZqText::Refresh()
@@ -177,129 +159,108 @@ void ZqText::SetTabStop(bool tabStop)
 
 void ZqText::SetBackColor(OleColor color)
 {
-    WriteInner(QStringLiteral("BackColor"), txt, color, &TextBox::BackColor, &TextBox::SetBackColor);
+    WriteInner("BackColor", txt, color, &TextBox::BackColor, &TextBox::SetBackColor);
 }
 
 void ZqText::SetForeColor(OleColor color)
 {
-    WriteInner(QStringLiteral("ForeColor"), txt, color, &TextBox::ForeColor, &TextBox::SetForeColor);
+    WriteInner("ForeColor", txt, color, &TextBox::ForeColor, &TextBox::SetForeColor);
 }
 
 void ZqText::SetEnabled(bool enabled)
 {
-    if (enabled == txt->Enabled() && enabled == UserControl::Enabled())
-        return;
     txt->SetEnabled(enabled);
     UserControl::SetEnabled(enabled);
-    PropertyChanged(QStringLiteral("Enabled"));
+    PropertyChanged("Enabled");
 }
 
 void ZqText::SetFontObject(QObject* font)
 {
-    auto* stdFont = qobject_cast<StdFont*>(font);
-    if (!stdFont)
-        Raise(vbErrInvalidPropertyValue, QStringLiteral("ZqText.Font"));
-    if (stdFont->SameAs(*txt->Font()))
-        return;
+    RequireValid(qobject_cast<StdFont*>(font) != nullptr, "Font");
     txt->SetFontObject(font);
-    PropertyChanged(QStringLiteral("Font"));
+    PropertyChanged("Font");
 }
 
 void ZqText::SetBorderStyle(short style)
 {
-    WriteInner(QStringLiteral("BorderStyle"), txt, style, &TextBox::BorderStyle, &TextBox::SetBorderStyle);
+    WriteInner("BorderStyle", txt, style, &TextBox::BorderStyle, &TextBox::SetBorderStyle);
 }
 
 void ZqText::SetAlignment(short alignment)
 {
-    WriteInner(QStringLiteral("Alignment"), txt, alignment, &TextBox::Alignment, &TextBox::SetAlignment);
+    WriteInner("Alignment", txt, alignment, &TextBox::Alignment, &TextBox::SetAlignment);
 }
 
 void ZqText::SetAppearance(short appearance)
 {
-    WriteInner(QStringLiteral("Appearance"), txt, appearance, &TextBox::Appearance, &TextBox::SetAppearance);
+    WriteInner("Appearance", txt, appearance, &TextBox::Appearance, &TextBox::SetAppearance);
 }
 
 void ZqText::SetLocked(bool locked)
 {
-    WriteInner(QStringLiteral("Locked"), txt, locked, &TextBox::Locked, &TextBox::SetLocked);
+    WriteInner("Locked", txt, locked, &TextBox::Locked, &TextBox::SetLocked);
 }
 
 void ZqText::SetMaxLength(int length)
 {
-    WriteInner(QStringLiteral("MaxLength"), txt, length, &TextBox::MaxLength, &TextBox::SetMaxLength);
+    WriteInner("MaxLength", txt, length, &TextBox::MaxLength, &TextBox::SetMaxLength);
 }
 
 void ZqText::SetPasswordChar(const QString& passwordChar)
 {
-    WriteInner(QStringLiteral("PasswordChar"), txt, passwordChar, &TextBox::PasswordChar, &TextBox::SetPasswordChar);
+    WriteInner("PasswordChar", txt, passwordChar, &TextBox::PasswordChar, &TextBox::SetPasswordChar);
 }
 
 void ZqText::SetRightToLeft(bool rightToLeft)
 {
-    WriteInner(QStringLiteral("RightToLeft"), txt, rightToLeft, &TextBox::RightToLeft, &TextBox::SetRightToLeft);
+    WriteInner("RightToLeft", txt, rightToLeft, &TextBox::RightToLeft, &TextBox::SetRightToLeft);
 }
 
 void ZqText::SetMousePointer(int pointer)
 {
-    WriteInner(QStringLiteral("MousePointer"), txt, pointer, &TextBox::MousePointer, &TextBox::SetMousePointer);
+    WriteInner("MousePointer", txt, pointer, &TextBox::MousePointer, &TextBox::SetMousePointer);
 }
 
 void ZqText::SetMouseIcon(const QString& fileName)
 {
-    WriteInner(QStringLiteral("MouseIcon"), txt, fileName, &TextBox::MouseIcon, &TextBox::SetMouseIcon);
+    WriteInner("MouseIcon", txt, fileName, &TextBox::MouseIcon, &TextBox::SetMouseIcon);
 }
 
-void ZqText::InitProperties()
+const PropertyList& ZqText::PersistedProperties() const
 {
-    SetText(Ambient()->DisplayName());
+    static const PropertyList list =
+        Declare<ZqText>()
+            .Property("BackColor", &ZqText::BackColor, &ZqText::SetBackColor, vbWindowBackground)
+            .Property("ForeColor", &ZqText::ForeColor, &ZqText::SetForeColor, vbWindowText)
+            .Property("Enabled", [](const ZqText& c) { return c.txt->Enabled(); }, &ZqText::SetEnabled, true)
+            .Property("Font", &ZqText::FontObject, &ZqText::SetFontObject, AmbientFont)
+            .Property("BorderStyle", &ZqText::BorderStyle, &ZqText::SetBorderStyle, std::int16_t{1})
+            .Property("Alignment", &ZqText::Alignment, &ZqText::SetAlignment, std::int16_t{0})
+            .Property("Appearance", &ZqText::Appearance, &ZqText::SetAppearance, std::int16_t{1})
+            .Property("Locked", &ZqText::Locked, &ZqText::SetLocked, false)
+            .Property("MaxLength", &ZqText::MaxLength, &ZqText::SetMaxLength, 0)
+            .Property("PasswordChar", &ZqText::PasswordChar, &ZqText::SetPasswordChar, QString())
+            .Property("Text", &ZqText::Text, &ZqText::SetText, QString())
+            .Initially([](const ZqText& c) { return c.Ambient()->DisplayName(); })
+            .Property("RightToLeft", &ZqText::RightToLeft, &ZqText::SetRightToLeft, false)
+            .Property("MousePointer", &ZqText::MousePointer, &ZqText::SetMousePointer, 0)
+            .Property("MouseIcon", &ZqText::MouseIcon, &ZqText::SetMouseIcon, QString())
+            .Property("DefaultText", &ZqText::DefaultText, &ZqText::SetDefaultText, QString());
+    return list;
 }
 
 void ZqText::ReadProperties(PropertyBag& bag)
 {
-    // The kind of inner box comes first: everything after is applied to the box that stays.
-    const bool multiLine = CBool(bag.ReadProperty(QStringLiteral("MultiLine"), false));
-    if (multiLine != MultiLine()) {
-        BuildInnerBox(multiLine);
-        Resize();
+    // The kind of inner box is chosen when it is built, before anything is applied to it. It is
+    // not a property of the control and is never written back.
+    if (bag.Contains(QStringLiteral("MultiLine"))) {
+        const bool multiLine = CBool(bag.ReadProperty(QStringLiteral("MultiLine"), false));
+        if (multiLine != MultiLine()) {
+            BuildInnerBox(multiLine);
+            Resize();
+        }
     }
-    SetBackColor(static_cast<OleColor>(CLng(bag.ReadProperty(QStringLiteral("BackColor"), static_cast<std::int32_t>(vbWindowBackground)))));
-    SetForeColor(static_cast<OleColor>(CLng(bag.ReadProperty(QStringLiteral("ForeColor"), static_cast<std::int32_t>(vbWindowText)))));
-    SetEnabled(CBool(bag.ReadProperty(QStringLiteral("Enabled"), true)));
-    SetFontObject(bag.ReadProperty(QStringLiteral("Font"), Variant(Ambient()->FontObject())).Object());
-    SetBorderStyle(CInt(bag.ReadProperty(QStringLiteral("BorderStyle"), 1)));
-    SetAlignment(CInt(bag.ReadProperty(QStringLiteral("Alignment"), 0)));
-    SetAppearance(CInt(bag.ReadProperty(QStringLiteral("Appearance"), 1)));
-    SetLocked(CBool(bag.ReadProperty(QStringLiteral("Locked"), false)));
-    SetMaxLength(CLng(bag.ReadProperty(QStringLiteral("MaxLength"), 0)));
-    SetPasswordChar(CStr(bag.ReadProperty(QStringLiteral("PasswordChar"), QString())));
-    SetText(CStr(bag.ReadProperty(QStringLiteral("Text"), QString())));
-    SetRightToLeft(CBool(bag.ReadProperty(QStringLiteral("RightToLeft"), false)));
-    SetMousePointer(CLng(bag.ReadProperty(QStringLiteral("MousePointer"), 0)));
-    SetMouseIcon(CStr(bag.ReadProperty(QStringLiteral("MouseIcon"), QString())));
-    SetDefaultText(CStr(bag.ReadProperty(QStringLiteral("DefaultText"), QString())));
-}
-
-void ZqText::WriteProperties(PropertyBag& bag)
-{
-    bag.WriteProperty(QStringLiteral("MultiLine"), MultiLine(), false);
-    bag.WriteProperty(QStringLiteral("BackColor"), static_cast<std::int32_t>(BackColor()), static_cast<std::int32_t>(vbWindowBackground));
-    // While the placeholder shows, the box's colour is the placeholder's, not the text's.
-    const OleColor foreColor = ShowsPlaceholder() ? vbWindowText : ForeColor();
-    bag.WriteProperty(QStringLiteral("ForeColor"), static_cast<std::int32_t>(foreColor), static_cast<std::int32_t>(vbWindowText));
-    bag.WriteProperty(QStringLiteral("Enabled"), txt->Enabled(), true);
-    bag.WriteProperty(QStringLiteral("Font"), Variant(FontObject()), Variant(Ambient()->FontObject()));
-    bag.WriteProperty(QStringLiteral("BorderStyle"), BorderStyle(), std::int16_t{1});
-    bag.WriteProperty(QStringLiteral("Alignment"), Alignment(), std::int16_t{0});
-    bag.WriteProperty(QStringLiteral("Appearance"), Appearance(), std::int16_t{1});
-    bag.WriteProperty(QStringLiteral("Locked"), Locked(), false);
-    bag.WriteProperty(QStringLiteral("MaxLength"), MaxLength(), 0);
-    bag.WriteProperty(QStringLiteral("PasswordChar"), PasswordChar(), QString());
-    bag.WriteProperty(QStringLiteral("Text"), mText, QString());
-    bag.WriteProperty(QStringLiteral("RightToLeft"), RightToLeft(), false);
-    bag.WriteProperty(QStringLiteral("MousePointer"), MousePointer(), 0);
-    bag.WriteProperty(QStringLiteral("MouseIcon"), MouseIcon(), QString());
-    bag.WriteProperty(QStringLiteral("DefaultText"), mDefaultText, QString());
+    UserControl::ReadProperties(bag);
 }
 
 }  // namespace korvex

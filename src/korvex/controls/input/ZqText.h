@@ -35,9 +35,8 @@ class ZqText : public UserControl {
 
 public:
     // The inner box is single-line or multi-line for its whole life; a form file may ask for a
-    // multi-line one with "MultiLine" (read before anything else).
+    // multi-line one with "MultiLine" (read before anything else, never written).
     explicit ZqText(QWidget* parent = nullptr, bool multiLine = false);
-    ~ZqText() override;
 
     OleColor BackColor() const { return txt->BackColor(); }
     void SetBackColor(OleColor color);
@@ -98,14 +97,14 @@ public:
 
     TextBox* InnerBox() const { return txt; }
 
-    void InitProperties() override;
     void ReadProperties(PropertyBag& bag) override;
-    void WriteProperties(PropertyBag& bag) override;
 
 signals:
     void Change();
 
 protected:
+    const PropertyList& PersistedProperties() const override;
+    void InnerFocusChanged(bool hasFocus) override;
     void Resize() override;
 
 private:

@@ -7,6 +7,7 @@
 #include "korvex/platform/host/LoadPicture.h"
 #include "korvex/platform/host/PropertyBag.h"
 #include "korvex/runtime/Conversions.h"
+#include "korvex/runtime/EntryGuard.h"
 #include "korvex/runtime/Error.h"
 
 #include <QCheckBox>
@@ -30,7 +31,7 @@ KORVEX_REGISTER_CONTROL(CheckBox);
 CheckBox::CheckBox(QWidget* parent) : StandardControl(parent, vbButtonFace, vbButtonText), mBox(new TwoWayCheckBox(this))
 {
     mBox->setTristate(true);
-    connect(mBox, &QCheckBox::stateChanged, this, [this] { emit Click(); });
+    connect(mBox, &QCheckBox::stateChanged, this, GuardedSlot(this, [this] { emit Click(); }));
     SetInputWidget(mBox);
     setMinimumHeight(mBox->style()->pixelMetric(QStyle::PM_IndicatorHeight, nullptr, mBox));
     resize(100, 21);

@@ -4,6 +4,7 @@
 #include "korvex/platform/host/ControlRegistry.h"
 #include "korvex/platform/host/PropertyBag.h"
 #include "korvex/runtime/Conversions.h"
+#include "korvex/runtime/EntryGuard.h"
 #include "korvex/runtime/Error.h"
 
 #include <QComboBox>
@@ -16,7 +17,7 @@ KORVEX_REGISTER_CONTROL(ComboBox);
 ComboBox::ComboBox(QWidget* parent) : StandardControl(parent, vbWindowBackground, vbWindowText), mCombo(new QComboBox(this))
 {
     SetStyle(0);
-    connect(mCombo, &QComboBox::activated, this, [this] { emit Click(); });
+    connect(mCombo, &QComboBox::activated, this, GuardedSlot(this, [this] { emit Click(); }));
     SetInputWidget(mCombo);
     resize(120, 21);
     ApplyStyle();
@@ -36,7 +37,7 @@ void ComboBox::SetStyle(short style)
     mCombo->setEditable(style == 0);
     QLineEdit* edit = mCombo->lineEdit();
     if (edit && edit != mConnectedEdit) {
-        connect(edit, &QLineEdit::textEdited, this, [this] { emit Change(); });
+        connect(edit, &QLineEdit::textEdited, this, GuardedSlot(this, [this] { emit Change(); }));
         mConnectedEdit = edit;
     }
     if (edit)

@@ -4,6 +4,7 @@
 #include "korvex/platform/host/ControlRegistry.h"
 #include "korvex/platform/host/PropertyBag.h"
 #include "korvex/runtime/Conversions.h"
+#include "korvex/runtime/EntryGuard.h"
 
 #include <QPushButton>
 
@@ -14,7 +15,7 @@ KORVEX_REGISTER_CONTROL(CommandButton);
 CommandButton::CommandButton(QWidget* parent)
     : StandardControl(parent, vbButtonFace, vbButtonText), mButton(new QPushButton(this))
 {
-    connect(mButton, &QPushButton::clicked, this, [this] { emit Click(); });
+    connect(mButton, &QPushButton::clicked, this, GuardedSlot(this, [this] { emit Click(); }));
     SetInputWidget(mButton);
     resize(75, 23);
     ApplyStyle();

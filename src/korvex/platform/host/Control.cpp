@@ -4,6 +4,8 @@
 
 #include "korvex/platform/host/Form.h"
 #include "korvex/platform/host/UserControl.h"
+#include "korvex/platform/system/MessageBoxService.h"
+#include "korvex/runtime/EntryGuard.h"
 #include "korvex/runtime/Error.h"
 #include "korvex/runtime/LateBinding.h"
 #include "korvex/runtime/Twips.h"
@@ -11,11 +13,14 @@
 
 #include <QApplication>
 #include <QKeyEvent>
+#include <QLoggingCategory>
 #include <QMouseEvent>
 #include <QTimer>
 
 namespace korvex {
 namespace {
+
+Q_LOGGING_CATEGORY(lcForms, "korvex.forms")
 
 quint64 NextCreationOrder()
 {
@@ -33,6 +38,14 @@ short ButtonsOf(Qt::MouseButtons buttons)
     if (buttons & Qt::MiddleButton)
         b |= vbMiddleButton;
     return b;
+}
+
+// An error that stops at a Qt entry point is shown as the library shows errors, and logged.
+void ShowUncaught(const QObject*, const Error& error)
+{
+    qCCritical(lcForms).noquote() << "Error" << error.Number() << "in" << error.Source() << ":" << error.Description();
+    MsgBox(QStringLiteral("%1\r\n\r\nError '%2' : %3").arg(error.Source()).arg(error.Number()).arg(error.Description()),
+           vbCritical);
 }
 
 }  // namespace
@@ -144,7 +157,14 @@ Control* FormLevelControl(QWidget* widget)
     return control;
 }
 
-Control::Control(QWidget* parent) : QWidget(parent), mCreationOrder(NextCreationOrder()) {}
+Control::Control(QWidget* parent) : QWidget(parent), mCreationOrder(NextCreationOrder())
+{
+    thread_local const bool reporting = [] {
+        SetLibraryErrorReporter(ShowUncaught);
+        return true;
+    }();
+    (void)reporting;
+}
 
 Control::~Control() = default;
 
@@ -275,6 +295,18 @@ void Control::SetInputWidget(QWidget* widget)
     }
 }
 
+QSize Control::sizeHint() const
+{
+    const QWidget* source = mInput && mInput != this ? mInput.data() : focusProxy();
+    return source ? source->sizeHint() : QWidget::sizeHint();
+}
+
+QSize Control::minimumSizeHint() const
+{
+    const QWidget* source = mInput && mInput != this ? mInput.data() : focusProxy();
+    return source ? source->minimumSizeHint() : QWidget::minimumSizeHint();
+}
+
 void Control::ReadProperties(PropertyBag&) {}
 
 void Control::WriteProperties(PropertyBag&) {}
@@ -346,6 +378,12 @@ bool Control::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched != mInput || mRetyping)
         return QWidget::eventFilter(watched, event);
+    // The host's key, mouse and focus handlers run from here.
+    return Guarded(this, [&] { return RaiseEventsOf(event); }, false);
+}
+
+bool Control::RaiseEventsOf(QEvent* event)
+{
     switch (event->type()) {
     case QEvent::KeyPress:
         return TranslateKeyPress(static_cast<QKeyEvent*>(event));
@@ -397,7 +435,7 @@ bool Control::eventFilter(QObject* watched, QEvent* event)
     default:
         break;
     }
-    return QWidget::eventFilter(watched, event);
+    return false;
 }
 
 }  // namespace korvex

@@ -107,6 +107,11 @@ public:
     // Order of creation, for the form's Controls collection.
     quint64 CreationOrder() const noexcept { return mCreationOrder; }
 
+    // Sizes from the content, so that Qt layouts keep the control: those of the Qt widget or
+    // inner control that takes its input, unless the control knows better.
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
     // Raises Validate for this control as if the focus were leaving it; true when no handler
     // cancelled.
     bool RunValidate();
@@ -147,6 +152,8 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    // Raises the host events of one event of the input widget; true when the event is used up.
+    bool RaiseEventsOf(QEvent* event);
     bool TranslateKeyPress(QKeyEvent* event);
     void RaiseMouse(QEvent::Type type, QMouseEvent* event);
 

@@ -5,6 +5,7 @@
 #include "korvex/platform/host/Control.h"
 #include "korvex/platform/host/MDIForm.h"
 #include "korvex/platform/host/UserControl.h"
+#include "korvex/runtime/EntryGuard.h"
 #include "korvex/runtime/Error.h"
 #include "korvex/runtime/Twips.h"
 
@@ -211,7 +212,8 @@ void Form::closeEvent(QCloseEvent* event)
         event->accept();
         return;
     }
-    if (UnloadForm(vbFormControlMenu))
+    // The host's QueryUnload and Unload handlers run here, called by Qt.
+    if (Guarded(this, [this] { return UnloadForm(vbFormControlMenu); }, false))
         event->accept();
     else
         event->ignore();
@@ -220,7 +222,7 @@ void Form::closeEvent(QCloseEvent* event)
 void Form::resizeEvent(QResizeEvent* event)
 {
     QMainWindow::resizeEvent(event);
-    emit Resize();
+    Guarded(this, [this] { emit Resize(); });
 }
 
 void Form::changeEvent(QEvent* event)
@@ -228,10 +230,12 @@ void Form::changeEvent(QEvent* event)
     QMainWindow::changeEvent(event);
     if (event->type() != QEvent::ActivationChange)
         return;
-    if (isActiveWindow())
-        emit Activate();
-    else
-        emit Deactivate();
+    Guarded(this, [this] {
+        if (isActiveWindow())
+            emit Activate();
+        else
+            emit Deactivate();
+    });
 }
 
 }  // namespace korvex

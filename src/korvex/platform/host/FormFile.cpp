@@ -5,6 +5,7 @@
 #include "korvex/platform/host/Control.h"
 #include "korvex/platform/host/ControlRegistry.h"
 #include "korvex/platform/host/MDIForm.h"
+#include "korvex/platform/host/PersistedProperties.h"
 #include "korvex/platform/host/PropertyBag.h"
 #include "korvex/runtime/Conversions.h"
 #include "korvex/runtime/Error.h"
@@ -48,6 +49,21 @@ QList<Control*> ChildControls(QWidget* container)
     return children;
 }
 
+// The extender properties the host keeps for every control besides its position and size.
+const PropertyList& ExtenderProperties()
+{
+    static const PropertyList list =
+        Declare<Control>()
+            .Property("TabIndex", &Control::TabIndex, &Control::SetTabIndex, std::int16_t{0})
+            .Property("Visible", &Control::Visible, &Control::SetVisible, true)
+            .Property("Enabled", &Control::Enabled, &Control::SetEnabled, true)
+            .Property("TabStop", &Control::TabStop, &Control::SetTabStop, true)
+            .Property("Tag", &Control::Tag, &Control::SetTag, QString())
+            .Property("CausesValidation", &Control::CausesValidation, &Control::SetCausesValidation, true)
+            .Property("ToolTipText", &Control::ToolTipText, &Control::SetToolTipText, QString());
+    return list;
+}
+
 void ReadExtender(Control& c, PropertyBag& bag)
 {
     if (c.HasExtenderGeometry()) {
@@ -60,13 +76,7 @@ void ReadExtender(Control& c, PropertyBag& bag)
             Raise(vbErrInvalidPropertyValue);
         c.Move(left, top, width, height);
     }
-    c.SetTabIndex(CInt(bag.ReadProperty(QStringLiteral("TabIndex"), 0)));
-    c.SetVisible(CBool(bag.ReadProperty(QStringLiteral("Visible"), true)));
-    c.SetEnabled(CBool(bag.ReadProperty(QStringLiteral("Enabled"), true)));
-    c.SetTabStop(CBool(bag.ReadProperty(QStringLiteral("TabStop"), true)));
-    c.SetTag(CStr(bag.ReadProperty(QStringLiteral("Tag"), QString())));
-    c.SetCausesValidation(CBool(bag.ReadProperty(QStringLiteral("CausesValidation"), true)));
-    c.SetToolTipText(CStr(bag.ReadProperty(QStringLiteral("ToolTipText"), QString())));
+    ReadDeclared(c, ExtenderProperties(), bag);
 }
 
 void WriteExtender(Control& c, PropertyBag& bag)
@@ -78,13 +88,7 @@ void WriteExtender(Control& c, PropertyBag& bag)
         bag.WriteProperty(QStringLiteral("Width"), c.Width(), Variant());
         bag.WriteProperty(QStringLiteral("Height"), c.Height(), Variant());
     }
-    bag.WriteProperty(QStringLiteral("TabIndex"), c.TabIndex(), std::int16_t{0});
-    bag.WriteProperty(QStringLiteral("Visible"), c.Visible(), true);
-    bag.WriteProperty(QStringLiteral("Enabled"), c.Enabled(), true);
-    bag.WriteProperty(QStringLiteral("TabStop"), c.TabStop(), true);
-    bag.WriteProperty(QStringLiteral("Tag"), c.Tag(), QString());
-    bag.WriteProperty(QStringLiteral("CausesValidation"), c.CausesValidation(), true);
-    bag.WriteProperty(QStringLiteral("ToolTipText"), c.ToolTipText(), QString());
+    WriteDeclared(c, ExtenderProperties(), bag);
 }
 
 void LoadControls(const QJsonValue& list, QWidget* container, const QString& source, const QString& owner)

@@ -2,6 +2,7 @@
 #include "korvex/platform/host/ListView.h"
 
 #include "korvex/platform/host/ControlRegistry.h"
+#include "korvex/runtime/EntryGuard.h"
 #include "korvex/runtime/Twips.h"
 
 #include <QHeaderView>
@@ -15,7 +16,7 @@ ListView::ListView(QWidget* parent) : StandardControl(parent, vbWindowBackground
 {
     mTree->setRootIsDecorated(false);
     mTree->setColumnCount(0);
-    connect(mTree, &QTreeWidget::itemClicked, this, [this] { emit Click(); });
+    connect(mTree, &QTreeWidget::itemClicked, this, GuardedSlot(this, [this] { emit Click(); }));
     SetInputWidget(mTree);
     resize(200, 120);
     ApplyStyle();

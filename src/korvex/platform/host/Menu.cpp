@@ -5,6 +5,7 @@
 #include "korvex/platform/host/Form.h"
 #include "korvex/platform/host/PropertyBag.h"
 #include "korvex/runtime/Conversions.h"
+#include "korvex/runtime/EntryGuard.h"
 
 #include <QMenu>
 #include <QMenuBar>
@@ -16,7 +17,7 @@ KORVEX_REGISTER_CONTROL(Menu);
 Menu::Menu(QWidget* parent) : Control(parent), mAction(new QAction(this))
 {
     QWidget::setVisible(false);
-    connect(mAction, &QAction::triggered, this, [this] { emit Click(); });
+    connect(mAction, &QAction::triggered, this, GuardedSlot(this, [this] { emit Click(); }));
     if (auto* parentMenu = qobject_cast<Menu*>(parent)) {
         parentMenu->SubMenu()->addAction(mAction);
     } else if (Form* form = ParentForm()) {

@@ -4,6 +4,7 @@
 #include "korvex/platform/host/ControlRegistry.h"
 #include "korvex/platform/host/PropertyBag.h"
 #include "korvex/runtime/Conversions.h"
+#include "korvex/runtime/EntryGuard.h"
 #include "korvex/runtime/Error.h"
 
 #include <QLineEdit>
@@ -31,12 +32,12 @@ void TextBox::Build(bool multiLine)
     if (multiLine) {
         mMulti = new QPlainTextEdit(this);
         mMulti->setPlainText(text);
-        connect(mMulti, &QPlainTextEdit::textChanged, this, &TextBox::Change);
+        connect(mMulti, &QPlainTextEdit::textChanged, this, GuardedSlot(this, [this] { emit Change(); }));
         SetInputWidget(mMulti);
     } else {
         mLine = new QLineEdit(this);
         mLine->setText(text);
-        connect(mLine, &QLineEdit::textChanged, this, [this] { emit Change(); });
+        connect(mLine, &QLineEdit::textChanged, this, GuardedSlot(this, [this] { emit Change(); }));
         SetInputWidget(mLine);
     }
     InputWidget()->setGeometry(rect());

@@ -5,6 +5,7 @@
 #include "korvex/platform/host/Form.h"
 #include "korvex/platform/host/PropertyBag.h"
 #include "korvex/runtime/Conversions.h"
+#include "korvex/runtime/EntryGuard.h"
 #include "korvex/runtime/Error.h"
 
 namespace korvex {
@@ -14,7 +15,7 @@ KORVEX_REGISTER_CONTROL(TimerControl);
 TimerControl::TimerControl(QWidget* parent) : Control(parent)
 {
     hide();
-    connect(&mTimer, &QTimer::timeout, this, [this] { emit Timer(); });
+    connect(&mTimer, &QTimer::timeout, this, GuardedSlot(this, [this] { emit Timer(); }));
 }
 
 void TimerControl::SetInterval(int milliseconds)

@@ -7,6 +7,7 @@
 #include "korvex/platform/numberbox/NumberEditValidator.h"
 #include "korvex/platform/system/ColorConversion.h"
 #include "korvex/runtime/Conversions.h"
+#include "korvex/runtime/EntryGuard.h"
 #include "korvex/runtime/Error.h"
 #include "korvex/runtime/RegionalSettings.h"
 
@@ -177,7 +178,7 @@ NumberBox::NumberBox(QWidget* parent)
     mLine->setValidator(mValidator);
     mLine->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     connect(mLine, &QLineEdit::textChanged, this, [this](const QString& text) { mValidator->SetPrevious(text); });
-    connect(mLine, &QLineEdit::textEdited, this, &NumberBox::OnTextEdited);
+    connect(mLine, &QLineEdit::textEdited, this, GuardedSlot(this, [this](const QString& text) { OnTextEdited(text); }));
 
     mSpinUp = new QToolButton(this);
     mSpinDown = new QToolButton(this);
@@ -187,8 +188,8 @@ NumberBox::NumberBox(QWidget* parent)
         button->setAutoRepeat(true);
         button->hide();
     }
-    connect(mSpinUp, &QToolButton::clicked, this, [this] { Step(1); });
-    connect(mSpinDown, &QToolButton::clicked, this, [this] { Step(-1); });
+    connect(mSpinUp, &QToolButton::clicked, this, GuardedSlot(this, [this] { Step(1); }));
+    connect(mSpinDown, &QToolButton::clicked, this, GuardedSlot(this, [this] { Step(-1); }));
 
     SetInputWidget(mLine);
     resize(100, 21);
@@ -477,7 +478,7 @@ bool NumberBox::eventFilter(QObject* watched, QEvent* event)
     // A key whose KeyDown or KeyPress handler rewrote the value has done its work: typing it
     // into the text that replaced the one the user saw would undo that.
     const quint64 writesBefore = mValueWrites;
-    const bool swallowed = StandardControl::eventFilter(watched, event);
+    const bool swallowed = StandardControl::eventFilter(watched, event);  // guarded there
     return swallowed || mValueWrites != writesBefore;
 }
 

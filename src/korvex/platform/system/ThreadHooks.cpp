@@ -1,10 +1,11 @@
 // The hooks as an application event filter, installed only while an owner holds them.
 #include "korvex/platform/system/ThreadHooks.h"
 
+#include "korvex/runtime/EntryGuard.h"
+
 #include <QCoreApplication>
 #include <QPointer>
 
-#include <exception>
 
 namespace korvex {
 namespace {
@@ -25,7 +26,8 @@ public:
         // ancestor of the last receiver counts as propagation.)
         if (event == mLastEvent && mLastTarget && widget != mLastTarget && widget->isAncestorOf(mLastTarget))
             return false;
-        try {
+        // No error may leave a hook call: the event goes on as if unhooked.
+        return Guarded(owner.data(), [&] {
             switch (event->type()) {
             case QEvent::MouseButtonPress:
             case QEvent::MouseButtonDblClick:
@@ -40,10 +42,7 @@ public:
             default:
                 return false;
             }
-        } catch (const std::exception&) {
-            // No error may leave a hook call: the event goes on as if unhooked.
-            return false;
-        }
+        }, false);
     }
 
 private:

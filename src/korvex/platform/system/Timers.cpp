@@ -2,10 +2,13 @@
 // own callback is safe.
 #include "korvex/platform/system/Timers.h"
 
+#include "korvex/runtime/EntryGuard.h"
+
 #include <QCoreApplication>
 #include <QHash>
 #include <QPointer>
 #include <QTimer>
+
 
 namespace korvex {
 namespace {
@@ -25,7 +28,7 @@ int Start(int interval, std::function<void()> callback, bool once)
     QObject::connect(timer, &QTimer::timeout, timer, [id, once, callback = std::move(callback)] {
         if (once)
             KillTimer(id);
-        callback();
+        Guarded(nullptr, callback);
     });
     Running().insert(id, timer);
     timer->start();

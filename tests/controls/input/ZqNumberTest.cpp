@@ -21,6 +21,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QJsonDocument>
+#include <QJsonObject>
 #include <QLineEdit>
 #include <QSignalSpy>
 #include <QTest>
@@ -294,6 +295,20 @@ TEST(ZqNumber, DeletingTheWholeTextGivesNullZeroOrTheMinimum)
     f.SelectAll();
     QTest::keyClick(f.Line(), Qt::Key_Delete);
     EXPECT_EQ(f.number->Value(), Cur(1)) << "read-only: nothing";
+
+    // Emptied one key at a time, the field ends as the whole-text rule says, never Null.
+    for (const Qt::Key key : {Qt::Key_Backspace, Qt::Key_Delete}) {
+        NumberOnForm g;
+        g.Range(10, 20);
+        g.number->SetValue(Cur(12));
+        ASSERT_TRUE(g.Focus());
+        g.Line()->setCursorPosition(key == Qt::Key_Backspace ? g.Line()->text().size() : 0);
+        for (int i = 0; i < 12 && !g.Line()->text().isEmpty() && !g.number->Value().IsNull() &&
+                        g.number->Value() != Cur(10);
+             ++i)
+            QTest::keyClick(g.Line(), key);
+        EXPECT_EQ(g.number->Value(), Cur(10)) << "the minimum, 0 lying below the range";
+    }
 }
 
 TEST(ZqNumber, LeavingWithAValueOutOfRangeShowsTheMessageAndKeepsTheFocus)
@@ -527,6 +542,18 @@ TEST(ZqNumber, PersistenceKeepsOnlyWhatDiffersFromTheDefaults)
     PropertyBag rewritten;
     loaded->WriteProperties(rewritten);
     EXPECT_EQ(rewritten.Values(), bag.Values());
+
+    // The host stores True as -1; every Boolean reads it as True.
+    QJsonObject minusOne;
+    for (const char* name : {"SpinButtonVisible", "ReadOnly", "AllowNullSelection", "BlankWhenZero", "SpinEnabled"})
+        minusOne.insert(QLatin1String(name), -1);
+    auto* fromHost = new ZqNumber(form.Client());
+    PropertyBag hostBag(minusOne);
+    EXPECT_NO_THROW(fromHost->ReadProperties(hostBag));
+    EXPECT_TRUE(fromHost->SpinButtonVisible());
+    EXPECT_TRUE(fromHost->ReadOnly());
+    EXPECT_TRUE(fromHost->AllowNullSelection());
+    EXPECT_TRUE(fromHost->BlankWhenZero());
 }
 
 TEST(ZqNumber, AGermanFormReadsBackTheAmountsItWrote)

@@ -731,7 +731,7 @@ bool DataBindingSource::DataFieldChanged(const QString& DataField, Variant& Fiel
         mRS->CancelBatch(adAffectAll);
     const int i = FieldIndexNamed(DataField);
     if (i < 0)
-        RaiseAdo(3265, FieldsSource);
+        RaiseAdo(ado::adErrItemNotFound, FieldsSource);
     Field* field = mRS->Fields()->Item(i);
     bool cancel = false;
     Variant current = GetControlValue(i, cancel);

@@ -400,14 +400,6 @@ QString FormatGeneralDate(Date date, const RegionalSettings& settings)
     return text;
 }
 
-std::optional<double> ParseNumber(QStringView text, const RegionalSettings& settings)
-{
-    ParsedNumber number;
-    if (ParseNumberText(text, settings, number) != ParseStatus::Ok)
-        return std::nullopt;
-    return number.ToDouble();
-}
-
 std::optional<Date> ParseDate(QStringView text, const RegionalSettings& s)
 {
     QList<DateToken> tokens;

@@ -43,9 +43,6 @@ QString FormatGeneralDate(Date date, const RegionalSettings& settings);
 // 7 for Single), in exponent notation below 1E-4 and from 1E+digits up.
 QString NumberToText(double value, int significantDigits, const QString& decimalSymbol);
 
-// Text to number and text to date, as CDbl and CDate read them; nullopt when the text is not
-// one. Exposed for the parsers that must tell "not a number" from other failures.
-std::optional<double> ParseNumber(QStringView text, const RegionalSettings& settings);
 std::optional<Date> ParseDate(QStringView text, const RegionalSettings& settings);
 
 enum CompareMethod : int { vbBinaryCompare = 0, vbTextCompare = 1 };

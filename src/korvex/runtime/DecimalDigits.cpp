@@ -85,14 +85,6 @@ void DecimalDigits::Normalise()
     Digits.erase(last + 1);
 }
 
-void DecimalDigits::RoundToSignificant(int count, Rounding mode)
-{
-    if (IsZero() || static_cast<int>(Digits.size()) <= count)
-        return;
-    // Keeping `count` digits means keeping decimals down to position IntegerDigitCount - count.
-    RoundToDecimals(count - IntegerDigitCount(), mode);
-}
-
 void DecimalDigits::RoundToDecimals(int decimals, Rounding mode)
 {
     if (IsZero())

@@ -35,7 +35,6 @@ struct DecimalDigits {
     // Keeps `decimals` places after the point (a negative count rounds to tens, hundreds...).
     void RoundToDecimals(int decimals, Rounding mode);
     // Keeps `count` significant digits.
-    void RoundToSignificant(int count, Rounding mode);
 
     // value * 10^decimals as an exact integer after rounding half to even; nullopt on overflow.
     std::optional<std::int64_t> ToScaledInteger(int decimals) const;

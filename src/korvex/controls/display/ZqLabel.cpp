@@ -9,6 +9,7 @@
 #include "korvex/platform/system/FontConversion.h"
 #include "korvex/platform/system/Timers.h"
 #include "korvex/runtime/Conversions.h"
+#include "korvex/runtime/EntryGuard.h"
 #include "korvex/runtime/Error.h"
 #include "korvex/runtime/Twips.h"
 
@@ -476,7 +477,7 @@ void ZqLabel::mouseReleaseEvent(QMouseEvent* event)
     const bool wasHovering = mHovering;
     SetState(false, false);
     if (wasHovering)
-        emit Click(ButtonOf(event->button()));
+        Guarded(this, [&] { emit Click(ButtonOf(event->button())); });
 }
 
 // Persistence -------------------------------------------------------------------------------

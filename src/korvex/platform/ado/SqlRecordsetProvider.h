@@ -45,8 +45,6 @@ public:
     void Resync(RecordsetStore& store, std::span<const RowId> rows, ResyncEnum values) override;
     std::shared_ptr<RecordsetStore> Requery(const RecordsetStore& store) override;
 
-    const RecordsetPlan& Plan() const noexcept { return mPlan; }
-
 private:
     // A WHERE clause and its parameters. Without text only the parameters and the clause's
     // shape are gathered: rows of one shape share their statement's text, built once.

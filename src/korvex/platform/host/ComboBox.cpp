@@ -55,7 +55,7 @@ void ComboBox::SetText(const QString& text)
     }
     const int index = mCombo->findText(text, Qt::MatchFixedString);
     if (index < 0 && !text.isEmpty())
-        Raise(383, QStringLiteral("ComboBox.Text"));  // a list-only combo takes only its own items
+        Raise(vbErrPropertyReadOnly, QStringLiteral("ComboBox.Text"));  // a list-only combo takes only its own items
     mCombo->setCurrentIndex(index);
 }
 

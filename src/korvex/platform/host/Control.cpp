@@ -15,6 +15,7 @@
 #include <QKeyEvent>
 #include <QLoggingCategory>
 #include <QMouseEvent>
+#include <QScopedValueRollback>
 #include <QTimer>
 
 namespace korvex {
@@ -103,42 +104,6 @@ short VirtualKeyOf(int key, Qt::KeyboardModifiers modifiers)
     case Qt::Key_Slash: return 191;
     case Qt::Key_Semicolon: return 186;
     case Qt::Key_Equal: return 187;
-    default: return 0;
-    }
-}
-
-int QtKeyOf(short vk)
-{
-    if ((vk >= 65 && vk <= 90) || (vk >= 48 && vk <= 57))
-        return vk;
-    if (vk >= 96 && vk <= 105)
-        return Qt::Key_0 + vk - 96;
-    if (vk >= 112 && vk <= 135)
-        return Qt::Key_F1 + vk - 112;
-    switch (vk) {
-    case 8: return Qt::Key_Backspace;
-    case 9: return Qt::Key_Tab;
-    case 13: return Qt::Key_Return;
-    case 16: return Qt::Key_Shift;
-    case 17: return Qt::Key_Control;
-    case 18: return Qt::Key_Alt;
-    case 27: return Qt::Key_Escape;
-    case 32: return Qt::Key_Space;
-    case 33: return Qt::Key_PageUp;
-    case 34: return Qt::Key_PageDown;
-    case 35: return Qt::Key_End;
-    case 36: return Qt::Key_Home;
-    case 37: return Qt::Key_Left;
-    case 38: return Qt::Key_Up;
-    case 39: return Qt::Key_Right;
-    case 40: return Qt::Key_Down;
-    case 45: return Qt::Key_Insert;
-    case 46: return Qt::Key_Delete;
-    case 106: return Qt::Key_Asterisk;
-    case 107: return Qt::Key_Plus;
-    case 189: return Qt::Key_Minus;
-    case 190: return Qt::Key_Period;
-    case 188: return Qt::Key_Comma;
     default: return 0;
     }
 }
@@ -355,9 +320,8 @@ bool Control::TranslateKeyPress(QKeyEvent* event)
     else if (ascii == 8)
         newKey = Qt::Key_Backspace;
     QKeyEvent retyped(QEvent::KeyPress, newKey, event->modifiers() & ~Qt::ShiftModifier, newText);
-    mRetyping = true;
+    const QScopedValueRollback retyping(mRetyping, true);
     QCoreApplication::sendEvent(mInput, &retyped);
-    mRetyping = false;
     return true;
 }
 

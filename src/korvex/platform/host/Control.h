@@ -176,7 +176,6 @@ Control* FormLevelControl(QWidget* widget);
 // Windows virtual-key code of a Qt key (A-Z 65-90, 0-9 48-57, F1 112, Enter 13, Delete 46 ...);
 // 0 for keys without one.
 short VirtualKeyOf(int qtKey, Qt::KeyboardModifiers modifiers);
-int QtKeyOf(short virtualKey);
 short ShiftOf(Qt::KeyboardModifiers modifiers);
 
 }  // namespace korvex

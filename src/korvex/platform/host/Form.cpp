@@ -12,6 +12,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QMdiSubWindow>
+#include <QScopedValueRollback>
 
 #include <algorithm>
 
@@ -188,14 +189,13 @@ bool Form::UnloadForm(int unloadMode)
     emit Unload(cancel);
     if (cancel)
         return false;
-    mUnloading = true;
+    const QScopedValueRollback unloading(mUnloading, true);
     for (Control* c : Controls())
         c->Terminate();
     mLoaded = false;
     if (auto* sub = qobject_cast<QMdiSubWindow*>(parentWidget()))
         sub->hide();
     hide();
-    mUnloading = false;
     return true;
 }
 

@@ -259,11 +259,11 @@ Control* FormFile::AddNewControl(Form& form, const QString& typeName, const QStr
 Control* LoadControlArrayElement(Control* element, short index)
 {
     if (!element || element->Index() < 0)
-        Raise(343, QStringLiteral("Load"));
+        Raise(vbErrObjectNotAnArray, QStringLiteral("Load"));
     QWidget* container = element->parentWidget();
     for (Control* sibling : ChildControls(container)) {
         if (sibling->Name().compare(element->Name(), Qt::CaseInsensitive) == 0 && sibling->Index() == index)
-            Raise(360, QStringLiteral("Load"));
+            Raise(vbErrObjectAlreadyLoaded, QStringLiteral("Load"));
     }
     Control* copy = ControlRegistry::Create(element->TypeName(), container);
     if (!copy)
@@ -284,9 +284,9 @@ Control* LoadControlArrayElement(Control* element, short index)
 void UnloadControlArrayElement(Control* element)
 {
     if (!element || element->Index() < 0)
-        Raise(343, QStringLiteral("Unload"));
+        Raise(vbErrObjectNotAnArray, QStringLiteral("Unload"));
     if (!element->LoadedAtRunTime())
-        Raise(362, QStringLiteral("Unload"));
+        Raise(vbErrCantUnloadDesignControl, QStringLiteral("Unload"));
     element->Terminate();
     element->hide();
     element->deleteLater();

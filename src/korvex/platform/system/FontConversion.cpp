@@ -16,16 +16,4 @@ QFont ToQFont(const StdFont& font)
     return q;
 }
 
-void AssignQFont(StdFont& target, const QFont& font)
-{
-    target.SetName(font.family().isEmpty() ? QStringLiteral("MS Sans Serif") : font.family());
-    const double points = font.pointSizeF() > 0 ? font.pointSizeF() : font.pixelSize() * 0.75;
-    if (points > 0)
-        target.SetSize(points);
-    target.SetWeight(static_cast<short>(font.weight()));
-    target.SetItalic(font.italic());
-    target.SetUnderline(font.underline());
-    target.SetStrikethrough(font.strikeOut());
-}
-
 }  // namespace korvex

@@ -9,6 +9,5 @@ namespace korvex {
 
 QFont ToQFont(const StdFont& font);
 // Copies the QFont's attributes into `target`, one notification per attribute that changed.
-void AssignQFont(StdFont& target, const QFont& font);
 
 }  // namespace korvex

@@ -150,11 +150,6 @@ void SystemInfo::PinSwappedButtons(bool swapped)
     ThePins().swapped = swapped;
 }
 
-void SystemInfo::PinWorkArea(const QRect& area)
-{
-    ThePins().workArea = area;
-}
-
 void SystemInfo::ClearPins()
 {
     ThePins() = Pins{};

@@ -311,6 +311,25 @@ TEST_P(BindingOnDatabase, RequiredFieldsAndARefusedRowKeepTheEdit)
     EXPECT_EQ(CDbl(Variant(Stored("Balance", 1))), 5.0);
 }
 
+TEST_P(BindingOnDatabase, ANumberBeyondItsRangeIsSavedAsTheUserWasTold)
+{
+    mConnection->Execute(QStringLiteral("UPDATE customers SET \"Balance\" = 5000 WHERE \"CustomerId\" = 1"));
+    CustomerForm user(mText);
+    user.Show();
+    user.balance->SetMaxValue(Variant(100));
+    user.BalanceLine()->setFocus();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return user.BalanceLine()->hasFocus(); }, 1000));
+    user.rs->MoveFirst();
+    ASSERT_EQ(mBoxes.shown().size(), 1);
+    EXPECT_TRUE(mBoxes.shown()[0].prompt.endsWith(QStringLiteral("It has been changed to \"100.00\".")))
+        << mBoxes.shown()[0].prompt.toStdString();
+    EXPECT_EQ(CDbl(user.balance->Value()), 100.0);
+    user.source->Edit();
+    EXPECT_TRUE(user.source->Save());
+    EXPECT_EQ(CDbl(Variant(Stored("Balance", 1))), 100.0) << "the value announced is the value saved";
+    EXPECT_EQ(mBoxes.shown().size(), 1) << "and the user is told once";
+}
+
 INSTANTIATE_TEST_SUITE_P(Backends, BindingOnDatabase,
                          ::testing::Values(Backend::SQLite, Backend::PostgreSQL), ado::test::BackendName);
 

@@ -24,6 +24,8 @@
 #include "tests/support/Printers.h"
 
 #include <QLineEdit>
+
+#include <functional>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -39,6 +41,12 @@ class UpperTextBox : public TextBox {
     Q_OBJECT
 public:
     using TextBox::TextBox;
+};
+
+class ActiveCheckBox : public CheckBox {
+    Q_OBJECT
+public:
+    using CheckBox::CheckBox;
 };
 
 class Clerk : public clsZqUser {
@@ -183,9 +191,10 @@ TEST_F(BindingTest, EachKindShowsTheRecordAndMovingOffClearsIt)
     EXPECT_TRUE(moves[moves.count() - 2][0].toBool());
 }
 
-TEST_F(BindingTest, UnknownKindsAndInvalidFieldsAreReported)
+TEST_F(BindingTest, DerivedStandardBoxesAreTheirKindAndInvalidFieldsAreReported)
 {
-    Add<UpperTextBox>("txtUpper", "Name");
+    auto* upper = Add<UpperTextBox>("txtUpper", "Name");
+    auto* active = Add<ActiveCheckBox>("chkActive", "Active");
     Add<TextBox>("txtNope", "Nope");
     DataBindingSource* source = Source();
     auto rs = Customers();
@@ -193,10 +202,24 @@ TEST_F(BindingTest, UnknownKindsAndInvalidFieldsAreReported)
     QStringList prompts;
     for (const auto& shown : boxes.shown())
         prompts << shown.prompt;
-    EXPECT_EQ(prompts, (QStringList{"Control 'txtNope' is bound to invalid field 'Nope'!", "Unknown attached control type!"}));
+    EXPECT_EQ(prompts, (QStringList{"Control 'txtNope' is bound to invalid field 'Nope'!"}));
+    EXPECT_EQ(upper->Text(), "Ada") << "a derived text box shows its field like the standard one";
+    EXPECT_EQ(upper->MaxLength(), 30);
+    EXPECT_EQ(active->Value(), 1);
     rs->MoveNext();
-    EXPECT_EQ(boxes.shown().size(), 3) << "the invalid field is told once, the unknown kind at every display";
-    EXPECT_EQ(boxes.shown().last().prompt, "Unknown attached control type!");
+    EXPECT_EQ(boxes.shown().size(), 1) << "the invalid field is told once";
+    EXPECT_EQ(upper->Text(), "Brian");
+
+    source->Edit();
+    upper->SetText(QStringLiteral("Bryony"));
+    active->SetValue(1);
+    ASSERT_TRUE(source->Save());
+    EXPECT_EQ(rs->Fields()->Item(QStringLiteral("Name"))->Value(), Variant("Bryony")) << "read back as a text box";
+    EXPECT_EQ(rs->Fields()->Item(QStringLiteral("Active"))->Value(), Variant(true));
+    EXPECT_TRUE(source->BoundControlEditable(0, 1));
+    upper->SetLocked(true);
+    EXPECT_FALSE(source->BoundControlEditable(0, 1)) << "judged editable as a text box: Locked counts";
+    EXPECT_TRUE(source->BoundControlEditable(0, 2));
 }
 
 TEST_F(BindingTest, ClosedEmptyAndRefusedValuesChangeNothing)
@@ -446,6 +469,108 @@ TEST_F(BindingTest, CancelAfterAddShowsTheNeighbourAndChangeTestsCompareControls
     name->SetLocked(true);
     EXPECT_FALSE(source->BoundControlEditable(0, 1));
     EXPECT_EQ(test::ErrorOf([&] { source->BoundControlEditable(1, 1); }), ObjectErrorBase);
+}
+
+TEST_F(BindingTest, EveryOperationWithoutARecordsetRaisesObjectNotSet)
+{
+    DataBindingSource* source = Source();
+    const std::pair<const char*, std::function<void()>> operations[] = {
+        {".Cancel", [&] { source->Cancel(); }},           {".Add", [&] { source->Add(); }},
+        {".Delete", [&] { source->Delete(); }},           {".CancelBatch", [&] { source->CancelBatch(); }},
+        {".SaveBatch", [&] { source->SaveBatch(); }},     {".Resync", [&] { source->Resync(); }},
+    };
+    for (const auto& [member, call] : operations) {
+        SCOPED_TRACE(member);
+        const auto raised = test::RaisedError(call);
+        ASSERT_TRUE(raised.has_value());
+        EXPECT_EQ(raised->Number(), vbErrObjectNotSet);
+        EXPECT_EQ(raised->Source(), QStringLiteral("%1.dbsCustomer%2").arg(App::Instance()->Title(), QLatin1String(member)));
+    }
+    EXPECT_EQ(source->EditMode(), ZqDataViewOnly);
+    EXPECT_FALSE(source->DataChanged());
+}
+
+TEST_F(BindingTest, NumbersBeyondTheRangeAreSavedAsAnnouncedAndHugeOnesClamped)
+{
+    auto* visits = Add<ZqNumber>("zqnVisits", "Visits");
+    visits->SetMinValue(Variant(0));
+    visits->SetMaxValue(Variant(100));
+    DataBindingSource* source = Source();
+    auto rs = Customers();
+    rs->Fields()->Item(QStringLiteral("Visits"))->SetValue(Variant(5000));
+    rs->UpdateBatch();
+    source->SetRecordset(rs);
+    ASSERT_EQ(boxes.shown().size(), 1) << "told once";
+    EXPECT_EQ(boxes.shown()[0].prompt, "The field \"Visits\" contained an invalid value of \"5,000.00\".\r\n\r\nIt has been "
+                                       "changed to \"100.00\".");
+    EXPECT_EQ(CLng(visits->Value()), 100);
+    source->Edit();
+    ASSERT_TRUE(source->Save());
+    EXPECT_EQ(CLng(rs->Fields()->Item(QStringLiteral("Visits"))->Value()), 100) << "the announced value is the one saved";
+    EXPECT_EQ(boxes.shown().size(), 1);
+
+    // Beyond what a currency holds: clamped like any other value, no Overflow.
+    auto amounts = std::make_shared<Recordset>();
+    amounts->Fields()->Append(QStringLiteral("Visits"), adDouble, 0, adFldIsNullable);
+    amounts->Open();
+    amounts->AddNew(Variant::Array({"Visits"}), Variant::Array({1e300}));
+    amounts->AddNew(Variant::Array({"Visits"}), Variant::Array({-1e300}));
+    amounts->UpdateBatch();
+    amounts->MoveFirst();
+    source->SetRecordset(amounts);
+    EXPECT_EQ(CLng(visits->Value()), 100);
+    amounts->MoveNext();
+    EXPECT_EQ(CLng(visits->Value()), 0);
+    EXPECT_EQ(boxes.shown().size(), 3);
+}
+
+TEST_F(BindingTest, AMoveDuringAnEditIsRefusedAndTheTypedValuesStay)
+{
+    auto* name = Add<TextBox>("txtName", "Name");
+    DataBindingSource* source = Source();
+    auto rs = Customers();
+    source->SetRecordset(rs);
+    QSignalSpy moves(source, &DataBindingSource::RecordMove);
+
+    source->Edit();
+    name->SetText(QStringLiteral("Typed"));
+    EXPECT_EQ(test::ErrorOf([&] { rs->MoveNext(); }), adErrOperationCancelled);
+    EXPECT_EQ(name->Text(), "Typed") << "the typed value is still there";
+    EXPECT_EQ(CLng(rs->Fields()->Item(QStringLiteral("CustomerId"))->Value()), 1) << "the record did not change";
+    EXPECT_EQ(source->EditMode(), ZqDataEditing);
+    EXPECT_EQ(moves.count(), 0);
+    ASSERT_TRUE(source->Save());
+    EXPECT_EQ(rs->Fields()->Item(QStringLiteral("Name"))->Value(), Variant("Typed"));
+    rs->MoveNext();
+    EXPECT_EQ(name->Text(), "Brian") << "once saved, moves are free again";
+
+    // Adding: the new record keeps what was typed until Save or Cancel.
+    source->Add();
+    name->SetText(QStringLiteral("Dora"));
+    EXPECT_EQ(test::ErrorOf([&] { rs->MoveFirst(); }), adErrOperationCancelled);
+    EXPECT_EQ(name->Text(), "Dora");
+    EXPECT_EQ(source->EditMode(), ZqDataAdding);
+    source->Cancel();
+    EXPECT_EQ(source->EditMode(), ZqDataViewOnly);
+    EXPECT_EQ(rs->RecordCount(), 3);
+    rs->MoveFirst();
+    EXPECT_EQ(name->Text(), "Typed");
+}
+
+TEST_F(BindingTest, TheRecordsetCanBeSetByName)
+{
+    auto* name = Add<TextBox>("txtName", "Name");
+    DataBindingSource* source = Source();
+    auto rs = Customers();
+    SetProperty(source, QStringLiteral("Recordset"), Variant(std::static_pointer_cast<QObject>(rs)));
+    EXPECT_EQ(source->Recordset(), rs);
+    EXPECT_EQ(name->Text(), "Ada");
+    EXPECT_EQ(GetProperty(source, QStringLiteral("Recordset")).Object(), rs.get());
+    EXPECT_EQ(test::ErrorOf([&] { SetProperty(source, QStringLiteral("Recordset"), Variant(5)); }), vbErrTypeMismatch);
+    EXPECT_EQ(test::ErrorOf([&] { SetProperty(source, QStringLiteral("Recordset"), Variant(static_cast<QObject*>(&form))); }),
+              vbErrTypeMismatch);
+    SetProperty(source, QStringLiteral("Recordset"), Variant::Nothing());
+    EXPECT_EQ(source->Recordset(), nullptr);
 }
 
 }  // namespace

@@ -18,6 +18,8 @@
 #include "korvex/runtime/Format.h"
 #include "korvex/runtime/LateBinding.h"
 
+#include <QLoggingCategory>
+
 namespace korvex {
 
 KORVEX_REGISTER_CONTROL(DataBindingSource);
@@ -25,6 +27,20 @@ KORVEX_REGISTER_CONTROL(DataBindingSource);
 using namespace ado;
 
 namespace {
+
+Q_LOGGING_CATEGORY(lcBinding, "korvex.binding")
+
+// Counts a move of the source's own while it lasts.
+class OwnMove {
+public:
+    explicit OwnMove(int& count) : mCount(count) { ++mCount; }
+    ~OwnMove() { --mCount; }
+    OwnMove(const OwnMove&) = delete;
+    OwnMove& operator=(const OwnMove&) = delete;
+
+private:
+    int& mCount;
+};
 
 QString RightTrimmed(const QString& text)
 {
@@ -52,6 +68,20 @@ bool IsUpdatedBy(const QString& name)
 {
     return name.compare(QLatin1String("UpdatedBy"), Qt::CaseInsensitive) == 0 ||
            name.compare(QLatin1String("UPDATED_BY"), Qt::CaseInsensitive) == 0;
+}
+
+// -1, 0 or 1 as the value lies below, at or above the bound; a value beyond what a currency holds
+// lies beyond every bound on its side.
+int CompareWithCurrency(const Variant& value, const Currency& bound)
+{
+    try {
+        const Currency c = CCur(value);
+        return c < bound ? -1 : (bound < c ? 1 : 0);
+    } catch (const Error& e) {
+        if (e.Number() != vbErrOverflow)
+            throw;
+        return CDbl(value) < 0 ? -1 : 1;
+    }
 }
 
 Variant NullIfEmpty(const Variant& v)
@@ -83,6 +113,7 @@ DataBindingSource::DataBindingSource(QWidget* parent) : UserControl(parent)
 DataBindingSource::~DataBindingSource()
 {
     QObject::disconnect(mMoveConnection);
+    QObject::disconnect(mWillMoveConnection);
 }
 
 // Properties --------------------------------------------------------------------------------
@@ -139,14 +170,51 @@ QString DataBindingSource::ErrorSource(const char* member) const
 
 // Recordset and discovery -------------------------------------------------------------------
 
+ado::Recordset& DataBindingSource::RS(const char* member) const
+{
+    if (!mRS)
+        Raise(vbErrObjectNotSet, ErrorSource(member));
+    return *mRS;
+}
+
+Variant DataBindingSource::RecordsetVariant() const
+{
+    return mRS ? Variant(std::static_pointer_cast<QObject>(mRS)) : Variant::Nothing();
+}
+
+void DataBindingSource::SetRecordsetVariant(const Variant& recordset)
+{
+    if (!recordset.IsObject())
+        Raise(vbErrTypeMismatch, ErrorSource(".Recordset"));
+    if (!recordset.Object()) {
+        SetRecordset(nullptr);
+        return;
+    }
+    auto shared = std::dynamic_pointer_cast<ado::Recordset>(recordset.SharedObject());
+    if (!shared) {
+        // Only a recordset the caller shares can be kept alive here.
+        qCWarning(lcBinding) << Name() << ": Recordset takes a recordset held by a shared owner, not"
+                             << recordset.Object();
+        Raise(vbErrTypeMismatch, ErrorSource(".Recordset"));
+    }
+    SetRecordset(std::move(shared));
+}
+
 void DataBindingSource::SetRecordset(std::shared_ptr<ado::Recordset> recordset)
 {
     QObject::disconnect(mMoveConnection);
+    QObject::disconnect(mWillMoveConnection);
     mRS = std::move(recordset);
     // A new recordset starts the bound-control list afresh rather than appending to it.
     mBound.clear();
-    if (mRS)
-        mMoveConnection = connect(mRS.get(), &ado::Recordset::MoveComplete, this, [this] { OnMoveComplete(); });
+    if (mRS) {
+        mWillMoveConnection = connect(mRS.get(), &ado::Recordset::WillMove, this,
+                                      [this](EventReasonEnum, EventStatusEnum& status, ado::Recordset*) { OnWillMove(status); });
+        mMoveConnection = connect(mRS.get(), &ado::Recordset::MoveComplete, this,
+                                  [this](EventReasonEnum, const Error* error, EventStatusEnum&, ado::Recordset*) {
+                                      OnMoveComplete(error);
+                                  });
+    }
     EnumerateBoundControls();
     if (IsRecordValid())
         DisplayRecord();
@@ -171,6 +239,11 @@ DataBindingSource::Kind DataBindingSource::KindOf(QObject* control)
         return Kind::Combo;
     if (type == QLatin1String("ZqDropdown"))
         return Kind::Dropdown;
+    // A host's own control derived from a standard text or check box is that box.
+    if (qobject_cast<TextBox*>(control))
+        return Kind::TextBox;
+    if (qobject_cast<CheckBox*>(control))
+        return Kind::CheckBox;
     return Kind::Unknown;
 }
 
@@ -199,10 +272,8 @@ void DataBindingSource::EnumerateBoundControls()
     }
     const QString uniqueTable = UniqueTableOf(*mRS);
     for (Control* c : controls) {
-        // The standard text and check boxes take part by kind, so a subclass of one is bound
-        // too (and shown only when its type name is in the contract); the others by type name.
         const Kind kind = KindOf(c);
-        if (kind == Kind::Unknown && !qobject_cast<TextBox*>(c) && !qobject_cast<CheckBox*>(c))
+        if (kind == Kind::Unknown)
             continue;
         const QString dataField = CStr(GetProperty(c, QStringLiteral("DataField")));
         if (dataField.isEmpty())
@@ -346,10 +417,12 @@ void DataBindingSource::AdjustToRange(const Bound& bound, const QString& fieldNa
         else if (CDate(value) > CDate(maximum))
             adjusted = CDate(maximum);
     } else {
-        if (CCur(value) < CCur(minimum))
-            adjusted = CCur(minimum);
-        else if (CCur(value) > CCur(maximum))
-            adjusted = CCur(maximum);
+        const Currency low = CCur(minimum);
+        const Currency high = CCur(maximum);
+        if (CompareWithCurrency(value, low) < 0)
+            adjusted = low;
+        else if (CompareWithCurrency(value, high) > 0)
+            adjusted = high;
     }
     if (adjusted == value)
         return;
@@ -416,8 +489,22 @@ void DataBindingSource::ClearBoundControls()
     }
 }
 
-void DataBindingSource::OnMoveComplete()
+// An edit belongs to its record: a move made by someone else while the controls may hold typed
+// values would show the next record over them, so it is refused and the typed values stay until
+// Save or Cancel. The source's own moves (Add, Delete, Cancel, the batch operations) pass.
+void DataBindingSource::OnWillMove(EventStatusEnum& status)
 {
+    if (mEditMode == ZqDataViewOnly || mOwnMoves > 0 || status == adStatusCancel)
+        return;
+    qCWarning(lcBinding) << Name() << ": a move of the recordset during an edit was refused; call Save or Cancel first";
+    status = adStatusCancel;
+}
+
+void DataBindingSource::OnMoveComplete(const Error* error)
+{
+    // A refused move left the record, and what the controls hold, where it was.
+    if (error && error->Number() == adErrOperationCancelled)
+        return;
     // A move is the host's call; the binding's own failures are told to the user rather than
     // thrown through the recordset's notification.
     bool shown = false;
@@ -450,15 +537,17 @@ bool DataBindingSource::BoundControlEditable(short RsFieldIndex, short CtlIndex)
     QObject* c = bound->control;
     if (!CBool(GetProperty(c, QStringLiteral("Enabled"))))
         return false;
-    const QString type = TypeNameOf(c);
-    static const QStringList locked = {QStringLiteral("TextBox"),     QStringLiteral("ComboBox"), QStringLiteral("IOPProdCode"),
-                                       QStringLiteral("SOPProdCode"), QStringLiteral("ZqCombo"),  QStringLiteral("TDBCombo")};
-    static const QStringList readOnly = {QStringLiteral("ZqDropdown"), QStringLiteral("ZqNumber"), QStringLiteral("TDBDate"),
-                                         QStringLiteral("TDBNumber")};
-    if (locked.contains(type))
-        return !CBool(GetProperty(c, QStringLiteral("Locked")));
-    if (readOnly.contains(type))
-        return !CBool(GetProperty(c, QStringLiteral("ReadOnly")));
+    switch (bound->kind) {
+    case Kind::TextBox:
+    case Kind::ProdCode:
+    case Kind::Combo: return !CBool(GetProperty(c, QStringLiteral("Locked")));
+    case Kind::Dropdown:
+    case Kind::Number:
+    case Kind::TDBNumber:
+    case Kind::Date: return !CBool(GetProperty(c, QStringLiteral("ReadOnly")));
+    case Kind::CheckBox:
+    case Kind::Unknown: break;
+    }
     return true;
 }
 
@@ -566,13 +655,17 @@ void DataBindingSource::Add()
 {
     if (mEditMode != ZqDataViewOnly)
         throw Error(ObjectErrorBase, ErrorSource(".Add"), QStringLiteral("Save or Cancel the current changes first."));
+    ado::Recordset& rs = RS(".Add");
     emit RecordEditStart(ZqDataAdding);
-    mRS->AddNew();
+    const OwnMove own(mOwnMoves);
+    rs.AddNew();
     mEditMode = ZqDataAdding;
 }
 
 void DataBindingSource::Delete()
 {
+    RS(".Delete");
+    const OwnMove own(mOwnMoves);
     mRS->Delete(adAffectCurrent);
     if (!mRS->IsEOF()) {
         mRS->MoveNext();
@@ -585,6 +678,8 @@ void DataBindingSource::Delete()
 
 void DataBindingSource::Cancel()
 {
+    RS(".Cancel");
+    const OwnMove own(mOwnMoves);
     if (mAutoSaveBatch) {
         if (mEditMode == ZqDataAdding)
             Delete();
@@ -600,6 +695,8 @@ void DataBindingSource::Cancel()
 
 void DataBindingSource::CancelBatch()
 {
+    RS(".CancelBatch");
+    const OwnMove own(mOwnMoves);
     mRS->CancelBatch(adAffectAll);
     Variant bookmark;
     const bool onRecord = !mRS->IsBOF() && !mRS->IsEOF();
@@ -636,6 +733,7 @@ bool DataBindingSource::Save()
     }
     if (!PopulateRSFromControls())
         return false;
+    const OwnMove own(mOwnMoves);
     if (mRS->EditMode() != adEditNone) {
         if (mAutoSetUpdated) {
             Fields* fields = mRS->Fields();
@@ -672,6 +770,8 @@ bool DataBindingSource::Save()
 
 bool DataBindingSource::SaveBatch()
 {
+    RS(".SaveBatch");
+    const OwnMove own(mOwnMoves);
     QString description;
     try {
         mRS->UpdateBatch(adAffectAllChapters);
@@ -709,6 +809,8 @@ bool DataBindingSource::SaveBatch()
 
 Variant DataBindingSource::Resync(int AffectRecords, int ResyncValues)
 {
+    RS(".Resync");
+    const OwnMove own(mOwnMoves);
     mRS->Resync(AffectRecords, ResyncValues);
     mRS->SetBookmark(mRS->Bookmark());  // shows the record again
     return {};
@@ -726,6 +828,7 @@ bool DataBindingSource::DataFieldChanged(const QString& DataField, Variant& Fiel
 {
     if (!IsRecordValid())
         return false;
+    const OwnMove own(mOwnMoves);
     // Only the recordset's pending edit goes, as in DataChanged; the control's edit mode stays.
     if (mRS->EditMode() == adEditInProgress)
         mRS->CancelBatch(adAffectAll);
@@ -751,6 +854,7 @@ bool DataBindingSource::DataChanged()
 {
     if (!IsRecordValid())
         return false;
+    const OwnMove own(mOwnMoves);
     Fields* fields = mRS->Fields();
     if (mRS->EditMode() == adEditAdd) {
         const bool oracle = ServerIsOracle();

@@ -26,7 +26,7 @@ class DataBindingSource : public UserControl {
     Q_PROPERTY(bool AutoSaveBatch READ AutoSaveBatch WRITE SetAutoSaveBatch)
     Q_PROPERTY(bool AutoSetUpdated READ AutoSetUpdated WRITE SetAutoSetUpdated)
     Q_PROPERTY(bool AutoOverwriteChanges READ AutoOverwriteChanges WRITE SetAutoOverwriteChanges)
-    Q_PROPERTY(QObject* Recordset READ RecordsetObject)
+    Q_PROPERTY(korvex::Variant Recordset READ RecordsetVariant WRITE SetRecordsetVariant)
     Q_PROPERTY(int EditMode READ EditMode)
 
 public:
@@ -46,6 +46,9 @@ public:
     void SetRecordset(std::shared_ptr<ado::Recordset> recordset);
     const std::shared_ptr<ado::Recordset>& Recordset() const noexcept { return mRS; }
     QObject* RecordsetObject() const { return mRS.get(); }
+    // The recordset as late binding hands it over: shared, so that the source keeps it alive.
+    Variant RecordsetVariant() const;
+    void SetRecordsetVariant(const Variant& recordset);
     int EditMode() const noexcept { return mEditMode; }
 
     Q_INVOKABLE void Cancel();
@@ -107,7 +110,10 @@ private:
     // The value of field i as the controls give it; `cancel` is set by a DataSaveToSource handler.
     Variant GetControlValue(int field, bool& cancel);
     bool PopulateRSFromControls();
-    void OnMoveComplete();
+    void OnWillMove(ado::EventStatusEnum& status);
+    void OnMoveComplete(const Error* error);
+    // The bound recordset for an operation of the source; error 91 while none is set.
+    ado::Recordset& RS(const char* member) const;
     const Bound* BoundOfField(int field) const;
     int FieldIndexNamed(const QString& name) const;
     bool ServerIsOracle() const;
@@ -120,6 +126,9 @@ private:
 
     std::shared_ptr<ado::Recordset> mRS;
     QMetaObject::Connection mMoveConnection;
+    QMetaObject::Connection mWillMoveConnection;
+    // Moves the source makes itself (Add, Delete, the batch operations) are never refused.
+    int mOwnMoves = 0;
     int mEditMode = ZqDataViewOnly;
     std::vector<Bound> mBound;
     std::vector<short> mFieldMap;

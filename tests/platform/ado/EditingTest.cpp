@@ -87,6 +87,24 @@ TEST(RecordsetEditing, ManyChangesThroughOneCloneStillReachAFilteredSortedClone)
     EXPECT_EQ(Values(*small, "Id"), (QStringList{"1", "2", "-1"})) << "a few changes are replayed";
 }
 
+TEST(RecordsetEditing, AddNewWithValuesAnnouncesTheMoveWithTheValuesInPlace)
+{
+    auto rs = Names();
+    QStringList seen;
+    QObject::connect(rs.get(), &Recordset::MoveComplete,
+                     [&](EventReasonEnum reason, const Error*, EventStatusEnum&, Recordset* r) {
+                         if (reason != adRsnAddNew)
+                             return;
+                         const Variant name = r->Fields()->Item("Name")->Value();
+                         seen << (name.IsNull() ? QString() : CStr(name)) + QString::number(r->EditMode());
+                     });
+    rs->AddNew(Variant("Name"), Variant("Dora"));
+    EXPECT_EQ(seen, QStringList{QStringLiteral("Dora%1").arg(adEditNone)}) << "announced once, with its values saved";
+    rs->AddNew();
+    EXPECT_EQ(seen.size(), 2) << "without values the new record is announced empty";
+    EXPECT_EQ(seen.last(), QStringLiteral("%1").arg(adEditAdd));
+}
+
 TEST(RecordsetEditing, EditModeFollowsAddNewUpdateCancelAndDelete)
 {
     auto rs = Names();

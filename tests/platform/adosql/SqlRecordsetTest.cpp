@@ -140,6 +140,16 @@ TEST_P(SqlRecordset, CancelBatchResyncAndRequery)
     EXPECT_TRUE(Seek(rs, "code", "C3"));
 }
 
+TEST_P(SqlRecordset, AStatementWithoutRowsLeavesTheRecordsetClosed)
+{
+    auto rs = OpenBatch(mConnection, QStringLiteral("UPDATE customers SET name = 'Ana' WHERE code = 'A1'"));
+    EXPECT_EQ(adStateClosed, rs->State());
+    EXPECT_EQ((QStringList{"Ana", "Bob"}), ReadColumn(mConnection, QStringLiteral("SELECT name FROM customers ORDER BY code")))
+        << "the statement ran";
+    rs->Open(Variant(QStringLiteral("SELECT code FROM customers")), Variant(static_cast<QObject*>(mConnection.get())));
+    EXPECT_EQ(adStateOpen, rs->State()) << "and the recordset can be opened afterwards";
+}
+
 TEST_P(SqlRecordset, WithoutItsKeyARowIsFoundByRowidOnSQLiteAndNotAtAllElsewhere)
 {
     auto rs = OpenBatch(mConnection, QStringLiteral("SELECT name FROM customers ORDER BY code"));

@@ -69,6 +69,13 @@ TEST(SelectText, TablesColumnsAndWhatIsNotOneTable)
         // cautiously, as grouping the rows.
         {"SELECT (SELECT max(x) FROM u) AS m, id FROM t WHERE id IN (SELECT id FROM v JOIN w ON 1=1)", true, false, "", "t"},
         {"SELECT id FROM t WHERE id IN (SELECT id FROM v JOIN w ON 1=1) ORDER BY id", true, true, "", "t"},
+        // An empty quoted name names nothing, in any quoting style and in any part of the name.
+        {"select * from \"\"l where ol.\"Line\" > 1", false, false, "", ""},
+        {"SELECT p.*, 2 + 1 two FROM `` ``", false, false, "", ""},
+        {"SELECT * FROM []", false, false, "", ""},
+        {"SELECT * FROM \"\".t", false, false, "", ""},
+        {"SELECT * FROM s.``", false, false, "", ""},
+        {"SELECT * FROM t AS \"\"", false, false, "", ""},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.sql);

@@ -237,10 +237,7 @@ std::shared_ptr<RecordsetStore> Connection::OpenSource(const QString& source, in
 {
     Session();
     const int type = options < 0 ? adCmdText : options & ~0xF0;
-    const SqlRecordsetLoader::Result result = SqlRecordsetLoader(mSession).Run(source, type, {});
-    if (!result.store)
-        RaiseAdo(adErrObjectClosed);  // the statement returned no rows: there is nothing to open
-    return result.store;
+    return SqlRecordsetLoader(mSession).Run(source, type, {}).store;
 }
 
 int Connection::BeginTrans()

@@ -69,7 +69,9 @@ void Recordset::Open(const Variant& Source, const Variant& ActiveConnection, int
             RaiseAdo(adErrInvalidArgument);
         if (LockType == adLockUnspecified && !mLockTypeSet)
             LockType = adLockReadOnly;
-        OpenStore(connection->OpenSource(*Source.As<QString>(), Options), CursorType, LockType);
+        // A statement that returns no rows leaves the recordset closed.
+        if (auto store = connection->OpenSource(*Source.As<QString>(), Options))
+            OpenStore(std::move(store), CursorType, LockType);
         return;
     }
     if (mFieldDefs.empty())
@@ -749,11 +751,12 @@ void Recordset::AddNew(const Variant& FieldList, const Variant& Values)
         DiscardEdit();
         mEditMode = adEditAdd;
         mPos = {At::Row, mView.Size(), row};
+        // The move is announced with the new record's values in place.
+        if (!FieldList.IsEmpty()) {
+            SetValues(FieldList, Values);
+            Update();
+        }
     });
-    if (!FieldList.IsEmpty()) {
-        SetValues(FieldList, Values);
-        Update();
-    }
 }
 
 void Recordset::Update(const Variant& Fields, const Variant& Values)

@@ -16,8 +16,8 @@ public:
     virtual ~RowSource() = default;
 
     // A store holding the rows of `source` (a statement, or a table name with adCmdTable), whose
-    // provider writes changes back to the data source. Raises the data source's errors, 3709 when
-    // the connection is closed.
+    // provider writes changes back to the data source; null when the statement returns no rows.
+    // Raises the data source's errors, 3709 when the connection is closed.
     virtual std::shared_ptr<RecordsetStore> OpenSource(const QString& source, int options) = 0;
 };
 

@@ -96,9 +96,10 @@ bool IsSymbol(const Token& t, char16_t c)
     return t.kind == Token::Symbol && t.text.size() == 1 && t.text[0] == c;
 }
 
+// An empty quoted identifier ("", ``, []) names nothing: no database accepts it as a name.
 bool IsName(const Token& t)
 {
-    return t.kind == Token::Word || t.kind == Token::QuotedName;
+    return t.kind == Token::Word || (t.kind == Token::QuotedName && !t.text.isEmpty());
 }
 
 // Words that end a FROM clause's table reference or stand where an alias cannot.
@@ -254,7 +255,9 @@ SelectStatement ParseSelect(const QString& sql)
     }
     if (name.size() > 2)
         return result;
-    if (Is(tokens[i], "AS") && IsName(tokens[i + 1])) {
+    if (Is(tokens[i], "AS")) {
+        if (!IsName(tokens[i + 1]))
+            return result;
         result.tableAlias = tokens[i + 1].text;
         i += 2;
     } else if (IsName(tokens[i]) && !IsClauseWord(tokens[i])) {

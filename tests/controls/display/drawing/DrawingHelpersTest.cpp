@@ -37,6 +37,7 @@ TEST(DrawingHelpers, SplitAndBlendColours)
     SetSystemColorLookup([](int index) { return SystemInfo::SysColor(index); });
     EXPECT_EQ(GetRGBColor(vbButtonFace), RGB(10, 20, 30));
     EXPECT_EQ(GetRGBColor(0x00ABCDEF), 0x00ABCDEFu);
+    EXPECT_EQ(GetRGBColor(0x12ABCDEF), 0x12ABCDEFu) << "a value with the top bit clear comes back unchanged";
     ScopedMessageBoxRecorder boxes;
     SetSystemColorLookup([](int) -> OleColor { throw Error(5, QStringLiteral("lookup"), QStringLiteral("no colours")); });
     EXPECT_THROW(GetRGBColor(vbButtonFace), Error) << "the error goes on to the caller";
@@ -52,12 +53,16 @@ TEST(DrawingHelpers, GradientBlendsWithinTwoTrianglesOnTheMainDiagonal)
     image.fill(Qt::white);
     {
         QPainter painter(&image);
-        DrawGradient(painter, 0, 0, 101, 101, RGB(255, 0, 0), RGB(0, 255, 0), RGB(0, 0, 255), RGB(0, 0, 0));
+        DrawGradient(painter, 0, 0, 100, 100, RGB(255, 0, 0), RGB(0, 255, 0), RGB(0, 0, 255), RGB(0, 0, 0));
     }
     EXPECT_EQ(At(image, 0, 0), qRgb(255, 0, 0) & 0xFFFFFF);
-    EXPECT_EQ(At(image, 100, 0), qRgb(0, 255, 0) & 0xFFFFFF);
-    EXPECT_EQ(At(image, 0, 100), qRgb(0, 0, 255) & 0xFFFFFF);
-    EXPECT_EQ(At(image, 100, 100), 0u);
+    // The right and bottom colours are reached at the right and bottom edges (x or y = 100),
+    // which are not filled: the last pixel inside is 99/100 of the way there.
+    EXPECT_EQ(At(image, 99, 0), qRgb(2, 252, 0) & 0xFFFFFF);
+    EXPECT_EQ(At(image, 0, 99), qRgb(2, 0, 252) & 0xFFFFFF);
+    EXPECT_EQ(At(image, 99, 99), qRgb(2, 0, 0) & 0xFFFFFF);
+    EXPECT_EQ(At(image, 100, 50), qRgb(255, 255, 255) & 0xFFFFFF);
+    EXPECT_EQ(At(image, 50, 100), qRgb(255, 255, 255) & 0xFFFFFF);
     // On the shared diagonal only the top-left and bottom-right colours mix; the other two corners
     // do not reach it.
     EXPECT_EQ(At(image, 50, 50), qRgb(127, 0, 0) & 0xFFFFFF);
@@ -125,6 +130,10 @@ TEST(DrawingHelpers, TextSizeAndMetricsInTwips)
     int wrappedWidth = oneLineWidth / 3, wrappedHeight = 0;
     CalcTextSize(QStringLiteral("The quick brown fox jumps"), wrappedWidth, wrappedHeight, true, font);
     EXPECT_GE(wrappedHeight, 2 * oneLineHeight) << "wrapping to a third of the width takes more lines";
+    int wideWidth = oneLineWidth * 3, wideHeight = 0;
+    CalcTextSize(QStringLiteral("The quick brown fox jumps"), wideWidth, wideHeight, true, font);
+    EXPECT_EQ(wideWidth, oneLineWidth) << "a wide box gives the text's own extent, not the box's";
+    EXPECT_EQ(wideHeight, oneLineHeight);
 
     SetTwipsPerPixel(10, 12);
     EXPECT_EQ(EdgeWidthTwips(), 20);

@@ -32,6 +32,9 @@ int MetricTwipsY(int index)
 
 OleColor GetRGBColor(OleColor color)
 {
+    // Only a system colour is translated; a plain RGB value comes back as it is, top byte and all.
+    if (!IsSystemColor(color))
+        return color;
     try {
         return ResolveColor(color);
     } catch (const Error& e) {
@@ -74,10 +77,12 @@ void DrawGradient(QPainter& painter, int left, int top, int right, int bottom, O
     const auto tl = channels(colourTL), tr = channels(colourTR), bl = channels(colourBL), br = channels(colourBR);
     QImage image(w, h, QImage::Format_RGB32);
     for (int y = 0; y < h; ++y) {
-        const double v = h > 1 ? static_cast<double>(y) / (h - 1) : 0;
+        // The right and bottom corner colours belong to the right and bottom edges, one pixel
+        // beyond the last one filled.
+        const double v = static_cast<double>(y) / h;
         auto* line = reinterpret_cast<QRgb*>(image.scanLine(y));
         for (int x = 0; x < w; ++x) {
-            const double u = w > 1 ? static_cast<double>(x) / (w - 1) : 0;
+            const double u = static_cast<double>(x) / w;
             int c[3];
             for (int i = 0; i < 3; ++i) {
                 // Above the diagonal: triangle (TL, TR, BR); below it: (TL, BR, BL).
@@ -106,7 +111,7 @@ void CalcTextSize(const QString& text, int& width, int& height, bool wordWrap, c
     normalised.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
     const QRect bounds = wordWrap ? metrics.boundingRect(QRect(0, 0, std::max(boxWidth, 1), 0), Qt::TextWordWrap, normalised)
                                   : metrics.boundingRect(QRect(0, 0, 0, 0), 0, normalised);
-    width = RoundHalfEven((wordWrap ? std::max(boxWidth, bounds.width()) : bounds.width()) * TwipsPerPixelX());
+    width = RoundHalfEven(bounds.width() * TwipsPerPixelX());
     height = RoundHalfEven(bounds.height() * TwipsPerPixelY());
 }
 

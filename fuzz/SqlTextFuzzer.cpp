@@ -4,8 +4,8 @@
 // reader must never fail and must say only what the text holds.
 #include "fuzz/FuzzInput.h"
 #include "korvex/platform/ado/AdoError.h"
-#include "korvex/platform/ado/ConnectionString.h"
-#include "korvex/platform/ado/SelectParser.h"
+#include "korvex/platform/adosql/ConnectionString.h"
+#include "korvex/platform/adosql/SelectParser.h"
 #include "korvex/runtime/Error.h"
 
 #include <cstdlib>

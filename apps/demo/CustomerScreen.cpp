@@ -4,11 +4,11 @@
 
 #include "korvex/data/DataBindingSource.h"
 #include "korvex/data/clsDatabase.h"
-#include "korvex/platform/ado/Connection.h"
+#include "korvex/platform/adosql/Connection.h"
 #include "korvex/platform/ado/Recordset.h"
 #include "korvex/platform/host/Form.h"
 #include "korvex/platform/host/Label.h"
-#include "korvex/platform/system/MessageBoxService.h"
+#include "korvex/platform/desktop/MessageBoxService.h"
 #include "korvex/runtime/Conversions.h"
 
 #include <QShortcut>

@@ -2,7 +2,7 @@
 #include "DemoDatabase.h"
 
 #include "korvex/data/clsDatabase.h"
-#include "korvex/platform/ado/Connection.h"
+#include "korvex/platform/adosql/Connection.h"
 #include "korvex/platform/ado/Recordset.h"
 
 #include <QDir>

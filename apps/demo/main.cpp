@@ -9,10 +9,10 @@
 #include "korvex/core/clsZqUser.h"
 #include "korvex/data/DataBindingSource.h"
 #include "korvex/platform/host/TextBox.h"
-#include "korvex/platform/system/MessageBoxService.h"
+#include "korvex/platform/desktop/MessageBoxService.h"
 #include "korvex/localisation/clsLanguage.h"
 #include "korvex/platform/host/Screen.h"
-#include "korvex/platform/system/SystemInfo.h"
+#include "korvex/platform/desktop/SystemInfo.h"
 
 #include <QApplication>
 #include <QCommandLineParser>

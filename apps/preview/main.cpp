@@ -5,8 +5,8 @@
 //
 //   korvex-preview [--design] [--save FILE] [--screenshot FILE] form.json
 #include "korvex/platform/host/FormFile.h"
-#include "korvex/platform/system/MessageBoxService.h"
-#include "korvex/platform/system/SystemInfo.h"
+#include "korvex/platform/desktop/MessageBoxService.h"
+#include "korvex/platform/desktop/SystemInfo.h"
 #include "korvex/runtime/Error.h"
 
 #include <QApplication>

@@ -2,7 +2,7 @@
 // raw sqlite3 C API reading the same rows into the same Variant values; and UpdateBatch of 10,000
 // changed rows against a prepared UPDATE with the same WHERE clause run in one transaction.
 #include "bench/support/BenchReport.h"
-#include "korvex/platform/ado/Connection.h"
+#include "korvex/platform/adosql/Connection.h"
 #include "korvex/platform/ado/Field.h"
 #include "korvex/platform/ado/Fields.h"
 #include "korvex/platform/ado/Recordset.h"

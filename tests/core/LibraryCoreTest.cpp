@@ -13,7 +13,7 @@
 #include "korvex/platform/host/Screen.h"
 #include "korvex/platform/host/TextBox.h"
 #include "korvex/platform/host/UserControl.h"
-#include "korvex/platform/system/MessageBoxService.h"
+#include "korvex/platform/desktop/MessageBoxService.h"
 #include "korvex/runtime/Error.h"
 #include "tests/support/Printers.h"
 

@@ -7,7 +7,7 @@
 #include "korvex/platform/host/FormFile.h"
 #include "korvex/platform/host/Screen.h"
 #include "korvex/platform/host/TextBox.h"
-#include "korvex/platform/system/MessageBoxService.h"
+#include "korvex/platform/desktop/MessageBoxService.h"
 #include "tests/support/PinnedSettings.h"
 #include "tests/support/Printers.h"
 

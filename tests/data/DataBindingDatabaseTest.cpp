@@ -13,7 +13,7 @@
 #include "korvex/platform/host/FormFile.h"
 #include "korvex/platform/host/TextBox.h"
 #include "korvex/platform/numberbox/NumberBox.h"
-#include "korvex/platform/system/MessageBoxService.h"
+#include "korvex/platform/desktop/MessageBoxService.h"
 #include "korvex/runtime/Conversions.h"
 #include "korvex/runtime/LateBinding.h"
 #include "tests/support/RaisedError.h"

@@ -8,7 +8,7 @@
 #include "tests/support/ErrorOf.h"
 
 #include "korvex/core/SharedContext.h"
-#include "korvex/platform/ado/Connection.h"
+#include "korvex/platform/adosql/Connection.h"
 #include "korvex/platform/ado/Properties.h"
 #include "korvex/platform/ado/Property.h"
 #include "korvex/runtime/Conversions.h"

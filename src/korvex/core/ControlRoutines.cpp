@@ -3,7 +3,7 @@
 
 #include "korvex/core/DevelopmentEnvironment.h"
 #include "korvex/platform/host/Form.h"
-#include "korvex/platform/system/MessageBoxService.h"
+#include "korvex/platform/desktop/MessageBoxService.h"
 #include "korvex/runtime/Conversions.h"
 #include "korvex/runtime/LateBinding.h"
 

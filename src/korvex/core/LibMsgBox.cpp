@@ -4,7 +4,7 @@
 #include "korvex/platform/host/App.h"
 #include "korvex/platform/host/Form.h"
 #include "korvex/platform/host/Screen.h"
-#include "korvex/platform/system/MessageBoxService.h"
+#include "korvex/platform/desktop/MessageBoxService.h"
 
 namespace korvex {
 

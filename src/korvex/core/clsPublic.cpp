@@ -11,7 +11,7 @@
 #include "korvex/platform/host/Form.h"
 #include "korvex/platform/host/MDIForm.h"
 #include "korvex/platform/host/Screen.h"
-#include "korvex/platform/system/MessageBoxService.h"
+#include "korvex/platform/desktop/MessageBoxService.h"
 #include "korvex/runtime/Conversions.h"
 #include "korvex/runtime/Error.h"
 #include "korvex/runtime/LateBinding.h"

@@ -3,7 +3,7 @@
 
 #include "korvex/core/SharedContext.h"
 #include "korvex/platform/ado/AdoError.h"
-#include "korvex/platform/ado/Connection.h"
+#include "korvex/platform/adosql/Connection.h"
 #include "korvex/platform/ado/Field.h"
 #include "korvex/platform/ado/Fields.h"
 #include "korvex/platform/ado/Properties.h"

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "korvex/platform/host/Form.h"
-#include "korvex/platform/system/SystemInfo.h"
+#include "korvex/platform/desktop/SystemInfo.h"
 #include "tests/support/PinnedSettings.h"
 
 #include <QApplication>

@@ -5,7 +5,7 @@
 
 #include "korvex/platform/host/ControlRegistry.h"
 #include "korvex/platform/host/PropertyBag.h"
-#include "korvex/platform/system/ColorConversion.h"
+#include "korvex/platform/desktop/ColorConversion.h"
 #include "korvex/runtime/LateBinding.h"
 #include "tests/controls/input/InputTestSupport.h"
 #include "tests/support/ErrorOf.h"

@@ -7,7 +7,7 @@
 #include "korvex/platform/host/ControlRegistry.h"
 #include "korvex/platform/host/PropertyBag.h"
 #include "korvex/platform/host/Screen.h"
-#include "korvex/platform/system/ColorConversion.h"
+#include "korvex/platform/desktop/ColorConversion.h"
 #include "korvex/runtime/Conversions.h"
 #include "korvex/runtime/LateBinding.h"
 #include "tests/controls/input/InputTestSupport.h"

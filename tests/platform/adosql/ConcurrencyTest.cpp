@@ -5,7 +5,7 @@
 #include "tests/platform/adosql/SqlTestKit.h"
 #include "tests/support/ErrorOf.h"
 
-#include "korvex/platform/ado/DriverError.h"
+#include "korvex/platform/adosql/DriverError.h"
 #include "korvex/platform/ado/Field.h"
 #include "korvex/platform/ado/Fields.h"
 

@@ -4,7 +4,7 @@
 // went wrong.
 #include "tests/platform/adosql/SqlTestKit.h"
 
-#include "korvex/platform/ado/DriverError.h"
+#include "korvex/platform/adosql/DriverError.h"
 #include "korvex/platform/ado/Field.h"
 #include "korvex/platform/ado/Fields.h"
 

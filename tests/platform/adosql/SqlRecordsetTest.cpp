@@ -6,7 +6,7 @@
 #include "tests/support/ErrorOf.h"
 
 #include "korvex/platform/ado/AdoError.h"
-#include "korvex/platform/ado/DriverError.h"
+#include "korvex/platform/adosql/DriverError.h"
 #include "korvex/platform/ado/Field.h"
 #include "korvex/platform/ado/Fields.h"
 #include "korvex/platform/ado/Properties.h"

@@ -5,7 +5,7 @@
 
 #include "tests/platform/adosql/TestServers.h"
 
-#include "korvex/platform/ado/Connection.h"
+#include "korvex/platform/adosql/Connection.h"
 #include "korvex/platform/ado/Recordset.h"
 #include "korvex/runtime/Conversions.h"
 

@@ -3,8 +3,8 @@
 #include "tests/support/ErrorOf.h"
 
 #include "korvex/platform/ado/AdoEnums.h"
-#include "korvex/platform/ado/ConnectionString.h"
-#include "korvex/platform/ado/SelectParser.h"
+#include "korvex/platform/adosql/ConnectionString.h"
+#include "korvex/platform/adosql/SelectParser.h"
 
 #include <gtest/gtest.h>
 

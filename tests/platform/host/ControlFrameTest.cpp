@@ -11,7 +11,7 @@
 #include "korvex/platform/host/PropertyBag.h"
 #include "korvex/platform/host/TextBox.h"
 #include "korvex/platform/host/UserControl.h"
-#include "korvex/platform/system/MessageBoxService.h"
+#include "korvex/platform/desktop/MessageBoxService.h"
 #include "korvex/platform/system/Timers.h"
 #include "korvex/runtime/EntryGuard.h"
 #include "korvex/runtime/Error.h"

@@ -1,9 +1,9 @@
 // The system services: message-box styles and the recorder, timers, the thread hooks, the
 // registry's two scopes, and DPI and colour pins.
-#include "korvex/platform/system/MessageBoxService.h"
+#include "korvex/platform/desktop/MessageBoxService.h"
 #include "korvex/platform/system/Registry.h"
-#include "korvex/platform/system/SystemInfo.h"
-#include "korvex/platform/system/ThreadHooks.h"
+#include "korvex/platform/desktop/SystemInfo.h"
+#include "korvex/platform/desktop/ThreadHooks.h"
 #include "korvex/platform/system/Timers.h"
 #include "korvex/runtime/OleColor.h"
 #include "korvex/runtime/Twips.h"

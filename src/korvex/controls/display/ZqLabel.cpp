@@ -5,8 +5,8 @@
 
 #include "korvex/localisation/LGS.h"
 #include "korvex/platform/host/ControlRegistry.h"
-#include "korvex/platform/system/ColorConversion.h"
-#include "korvex/platform/system/FontConversion.h"
+#include "korvex/platform/desktop/ColorConversion.h"
+#include "korvex/platform/desktop/FontConversion.h"
 #include "korvex/platform/system/Timers.h"
 #include "korvex/runtime/Conversions.h"
 #include "korvex/runtime/EntryGuard.h"

@@ -7,7 +7,7 @@
 #include "korvex/core/LibMsgBox.h"
 #include "korvex/platform/host/ControlRegistry.h"
 #include "korvex/platform/numberbox/NumberBox.h"
-#include "korvex/platform/system/MessageBoxService.h"
+#include "korvex/platform/desktop/MessageBoxService.h"
 #include "korvex/runtime/Conversions.h"
 #include "korvex/runtime/Error.h"
 #include "korvex/runtime/Format.h"

@@ -4,7 +4,7 @@
 
 #include "korvex/platform/host/Form.h"
 #include "korvex/platform/host/UserControl.h"
-#include "korvex/platform/system/MessageBoxService.h"
+#include "korvex/platform/desktop/MessageBoxService.h"
 #include "korvex/runtime/EntryGuard.h"
 #include "korvex/runtime/Error.h"
 #include "korvex/runtime/LateBinding.h"

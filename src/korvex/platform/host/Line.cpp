@@ -3,7 +3,7 @@
 
 #include "korvex/platform/host/ControlRegistry.h"
 #include "korvex/platform/host/PropertyBag.h"
-#include "korvex/platform/system/ColorConversion.h"
+#include "korvex/platform/desktop/ColorConversion.h"
 #include "korvex/runtime/Conversions.h"
 #include "korvex/runtime/Error.h"
 #include "korvex/runtime/Twips.h"

@@ -5,7 +5,7 @@
 #include "korvex/platform/host/Control.h"
 #include "korvex/platform/host/Form.h"
 #include "korvex/platform/host/MDIForm.h"
-#include "korvex/platform/system/SystemInfo.h"
+#include "korvex/platform/desktop/SystemInfo.h"
 #include "korvex/runtime/Twips.h"
 
 #include <QApplication>

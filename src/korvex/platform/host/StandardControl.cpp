@@ -5,8 +5,8 @@
 #include "korvex/platform/host/LoadPicture.h"
 #include "korvex/platform/host/PropertyBag.h"
 #include "korvex/platform/host/Screen.h"
-#include "korvex/platform/system/ColorConversion.h"
-#include "korvex/platform/system/FontConversion.h"
+#include "korvex/platform/desktop/ColorConversion.h"
+#include "korvex/platform/desktop/FontConversion.h"
 #include "korvex/runtime/Conversions.h"
 #include "korvex/runtime/Error.h"
 

@@ -2,7 +2,7 @@
 #include "korvex/platform/host/UserControl.h"
 
 #include "korvex/platform/host/Form.h"
-#include "korvex/platform/system/WindowStyles.h"
+#include "korvex/platform/desktop/WindowStyles.h"
 #include "korvex/runtime/EntryGuard.h"
 #include "korvex/runtime/Error.h"
 #include "korvex/runtime/Twips.h"

@@ -5,7 +5,7 @@
 #include "korvex/platform/host/ControlRegistry.h"
 #include "korvex/platform/host/PropertyBag.h"
 #include "korvex/platform/numberbox/NumberEditValidator.h"
-#include "korvex/platform/system/ColorConversion.h"
+#include "korvex/platform/desktop/ColorConversion.h"
 #include "korvex/runtime/Conversions.h"
 #include "korvex/runtime/EntryGuard.h"
 #include "korvex/runtime/Error.h"

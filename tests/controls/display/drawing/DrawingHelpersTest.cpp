@@ -3,9 +3,9 @@
 #include "korvex/controls/display/drawing/DrawingHelpers.h"
 #include "korvex/core/ControlFrame.h"
 #include "korvex/platform/host/UserControl.h"
-#include "korvex/platform/system/MessageBoxService.h"
-#include "korvex/platform/system/SystemInfo.h"
-#include "korvex/platform/system/WindowStyles.h"
+#include "korvex/platform/desktop/MessageBoxService.h"
+#include "korvex/platform/desktop/SystemInfo.h"
+#include "korvex/platform/desktop/WindowStyles.h"
 #include "korvex/runtime/Error.h"
 #include "tests/support/PinnedSettings.h"
 

@@ -1,9 +1,9 @@
 // Drawing helpers over QPainter, the emulated window style words and the system service.
 #include "korvex/controls/display/drawing/DrawingHelpers.h"
 
-#include "korvex/platform/system/MessageBoxService.h"
-#include "korvex/platform/system/SystemInfo.h"
-#include "korvex/platform/system/WindowStyles.h"
+#include "korvex/platform/desktop/MessageBoxService.h"
+#include "korvex/platform/desktop/SystemInfo.h"
+#include "korvex/platform/desktop/WindowStyles.h"
 #include "korvex/runtime/Error.h"
 #include "korvex/runtime/Twips.h"
 

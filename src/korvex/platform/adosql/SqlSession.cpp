@@ -1,11 +1,11 @@
 // The session frame: opening and closing the Qt Sql connection, statement cache, transactions,
 // table descriptions, and the defaults the session kinds build on.
-#include "korvex/platform/ado/SqlSession.h"
+#include "korvex/platform/adosql/SqlSession.h"
 
 #include "korvex/platform/ado/AdoError.h"
-#include "korvex/platform/ado/OdbcSession.h"
-#include "korvex/platform/ado/PostgresSession.h"
-#include "korvex/platform/ado/SqliteSession.h"
+#include "korvex/platform/adosql/OdbcSession.h"
+#include "korvex/platform/adosql/PostgresSession.h"
+#include "korvex/platform/adosql/SqliteSession.h"
 #include "korvex/runtime/Conversions.h"
 
 #include <QSqlDriver>

@@ -1,5 +1,5 @@
 // Reading "Key=Value;..." connection strings.
-#include "korvex/platform/ado/ConnectionString.h"
+#include "korvex/platform/adosql/ConnectionString.h"
 
 #include "korvex/platform/ado/AdoError.h"
 

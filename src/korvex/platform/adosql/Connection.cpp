@@ -1,12 +1,12 @@
 // Opening, statements, transactions and the provider names of a Connection.
-#include "korvex/platform/ado/Connection.h"
+#include "korvex/platform/adosql/Connection.h"
 
 #include "korvex/platform/ado/AdoError.h"
-#include "korvex/platform/ado/ConnectionString.h"
-#include "korvex/platform/ado/DriverError.h"
+#include "korvex/platform/adosql/ConnectionString.h"
+#include "korvex/platform/adosql/DriverError.h"
 #include "korvex/platform/ado/Recordset.h"
-#include "korvex/platform/ado/SqlRecordsetLoader.h"
-#include "korvex/platform/ado/SqlSession.h"
+#include "korvex/platform/adosql/SqlRecordsetLoader.h"
+#include "korvex/platform/adosql/SqlSession.h"
 #include "korvex/runtime/Conversions.h"
 
 #include <QRegularExpression>

@@ -1,5 +1,5 @@
 // The message-box service: QMessageBox for applications, a recorder for tests.
-#include "korvex/platform/system/MessageBoxService.h"
+#include "korvex/platform/desktop/MessageBoxService.h"
 
 #include <QApplication>
 #include <QMessageBox>

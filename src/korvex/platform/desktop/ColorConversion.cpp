@@ -1,6 +1,6 @@
 // Palette roles for a control's back and fore colours: every role a Qt widget may paint its
 // background or text with, so that line edits, buttons and labels all follow.
-#include "korvex/platform/system/ColorConversion.h"
+#include "korvex/platform/desktop/ColorConversion.h"
 
 namespace korvex {
 

@@ -1,5 +1,5 @@
 // StdFont and QFont: weights map between the 0..1000 scale and Qt's, sizes stay in points.
-#include "korvex/platform/system/FontConversion.h"
+#include "korvex/platform/desktop/FontConversion.h"
 
 #include <cmath>
 

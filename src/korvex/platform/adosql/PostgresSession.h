@@ -3,7 +3,7 @@
 // table descriptions from the system catalogs.
 #pragma once
 
-#include "korvex/platform/ado/QtSqlSession.h"
+#include "korvex/platform/adosql/QtSqlSession.h"
 
 namespace korvex::ado {
 

@@ -5,11 +5,11 @@
 // connection is closed and opened again.
 #pragma once
 
-#include "korvex/platform/ado/ConnectionString.h"
-#include "korvex/platform/ado/DriverError.h"
+#include "korvex/platform/adosql/ConnectionString.h"
+#include "korvex/platform/adosql/DriverError.h"
 #include "korvex/platform/ado/FieldDef.h"
-#include "korvex/platform/ado/SqlStatement.h"
-#include "korvex/platform/ado/SqlTypes.h"
+#include "korvex/platform/adosql/SqlStatement.h"
+#include "korvex/platform/adosql/SqlTypes.h"
 
 #include <QHash>
 #include <QSqlDatabase>

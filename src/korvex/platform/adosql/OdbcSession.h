@@ -3,7 +3,7 @@
 // generated keys are read back in the server's own way where we know it.
 #pragma once
 
-#include "korvex/platform/ado/QtSqlSession.h"
+#include "korvex/platform/adosql/QtSqlSession.h"
 
 namespace korvex::ado {
 

@@ -1,9 +1,9 @@
 // From a statement's result to a recordset store: field definitions, base tables and keys, rows.
-#include "korvex/platform/ado/SqlRecordsetLoader.h"
+#include "korvex/platform/adosql/SqlRecordsetLoader.h"
 
 #include "korvex/platform/ado/AdoError.h"
-#include "korvex/platform/ado/SelectParser.h"
-#include "korvex/platform/ado/SqlSession.h"
+#include "korvex/platform/adosql/SelectParser.h"
+#include "korvex/platform/adosql/SqlSession.h"
 #include "korvex/runtime/Conversions.h"
 
 namespace korvex::ado {

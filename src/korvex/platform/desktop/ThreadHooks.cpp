@@ -1,5 +1,5 @@
 // The hooks as an application event filter, installed only while an owner holds them.
-#include "korvex/platform/system/ThreadHooks.h"
+#include "korvex/platform/desktop/ThreadHooks.h"
 
 #include "korvex/runtime/EntryGuard.h"
 

@@ -4,7 +4,7 @@
 // declared type and its rowid, so that no query text needs to be read.
 #pragma once
 
-#include "korvex/platform/ado/SqlSession.h"
+#include "korvex/platform/adosql/SqlSession.h"
 
 struct sqlite3;
 

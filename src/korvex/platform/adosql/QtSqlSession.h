@@ -2,7 +2,7 @@
 // described from QSqlRecord, whose table names some drivers give and others do not.
 #pragma once
 
-#include "korvex/platform/ado/SqlSession.h"
+#include "korvex/platform/adosql/SqlSession.h"
 
 namespace korvex::ado {
 

@@ -1,5 +1,5 @@
 // PostgreSQL's connection keys, error classes, parameters and catalog queries.
-#include "korvex/platform/ado/PostgresSession.h"
+#include "korvex/platform/adosql/PostgresSession.h"
 
 #include "korvex/runtime/Conversions.h"
 

@@ -1,5 +1,5 @@
 // Statements over QSqlQuery.
-#include "korvex/platform/ado/QtSqlSession.h"
+#include "korvex/platform/adosql/QtSqlSession.h"
 
 #include "korvex/runtime/DateTime.h"
 

@@ -1,10 +1,10 @@
 // Writing a batch back with optimistic concurrency, reading rows again, running the source again.
-#include "korvex/platform/ado/SqlRecordsetProvider.h"
+#include "korvex/platform/adosql/SqlRecordsetProvider.h"
 
 #include "korvex/platform/ado/AdoError.h"
-#include "korvex/platform/ado/DriverError.h"
-#include "korvex/platform/ado/SqlRecordsetLoader.h"
-#include "korvex/platform/ado/SqlSession.h"
+#include "korvex/platform/adosql/DriverError.h"
+#include "korvex/platform/adosql/SqlRecordsetLoader.h"
+#include "korvex/platform/adosql/SqlSession.h"
 #include "korvex/runtime/Conversions.h"
 
 #include <cmath>

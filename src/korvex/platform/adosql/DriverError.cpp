@@ -1,5 +1,5 @@
 // Error numbers for the kinds of database failure.
-#include "korvex/platform/ado/DriverError.h"
+#include "korvex/platform/adosql/DriverError.h"
 
 namespace korvex::ado {
 

@@ -1,5 +1,5 @@
 // A small tokenizer and a reader for the SELECT shapes data-entry forms use.
-#include "korvex/platform/ado/SelectParser.h"
+#include "korvex/platform/adosql/SelectParser.h"
 
 #include <QStringList>
 

@@ -1,5 +1,5 @@
 // System information over QPalette, QStyle and QScreen, with pins for tests.
-#include "korvex/platform/system/SystemInfo.h"
+#include "korvex/platform/desktop/SystemInfo.h"
 
 #include "korvex/runtime/Twips.h"
 

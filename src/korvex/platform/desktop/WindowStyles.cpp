@@ -1,7 +1,7 @@
 // Style words kept as widget properties; borders drawn in the system's 3-D colours.
-#include "korvex/platform/system/WindowStyles.h"
+#include "korvex/platform/desktop/WindowStyles.h"
 
-#include "korvex/platform/system/ColorConversion.h"
+#include "korvex/platform/desktop/ColorConversion.h"
 
 #include <QVariant>
 

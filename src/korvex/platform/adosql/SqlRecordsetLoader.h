@@ -5,7 +5,7 @@
 #pragma once
 
 #include "korvex/platform/ado/RecordsetStore.h"
-#include "korvex/platform/ado/SqlRecordsetProvider.h"
+#include "korvex/platform/adosql/SqlRecordsetProvider.h"
 
 #include <memory>
 #include <vector>

@@ -1,5 +1,5 @@
 // The type tables: SQL names and Qt types to ADO types.
-#include "korvex/platform/ado/SqlTypes.h"
+#include "korvex/platform/adosql/SqlTypes.h"
 
 #include <QString>
 #include <QStringList>

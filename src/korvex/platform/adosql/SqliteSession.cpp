@@ -1,6 +1,6 @@
 // SQLite statements over the sqlite3 handle of Qt's driver, and SQLite's ways with dates,
 // transactions and table descriptions.
-#include "korvex/platform/ado/SqliteSession.h"
+#include "korvex/platform/adosql/SqliteSession.h"
 
 #include "korvex/runtime/Conversions.h"
 

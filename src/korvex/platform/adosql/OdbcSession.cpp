@@ -1,5 +1,5 @@
 // ODBC's connection string, server name, error classes and table descriptions.
-#include "korvex/platform/ado/OdbcSession.h"
+#include "korvex/platform/adosql/OdbcSession.h"
 
 #include "korvex/runtime/Conversions.h"
 

@@ -2,7 +2,7 @@
 // read row by row. Each session kind implements it over its own interface to the driver.
 #pragma once
 
-#include "korvex/platform/ado/SqlTypes.h"
+#include "korvex/platform/adosql/SqlTypes.h"
 #include "korvex/runtime/Variant.h"
 
 #include <QString>

@@ -118,36 +118,12 @@ SqlRecordsetLoader::Result SqlRecordsetLoader::Run(const QString& source, int op
 SqlRecordsetLoader::Result SqlRecordsetLoader::RunStatement(const QString& source, int options,
                                                             std::vector<QVariant> parameters)
 {
-    SqlSession& session = *mSession;
-    QString sql = source;
-    if (options == adCmdTable || options == adCmdTableDirect) {
-        const qsizetype dot = source.lastIndexOf(u'.');
-        sql = QStringLiteral("SELECT * FROM ") + session.QuoteTable(dot < 0 ? QString() : source.left(dot), source.mid(dot + 1));
-    } else if (options == adCmdStoredProc) {
-        RaiseAdo(adErrFeatureNotAvailable);
-    }
+    const QString sql = StatementFor(source, options);
     const SelectStatement select = ParseSelect(sql);
-
-    // SQLite finds rows by rowid when the result lacks the table's key: the loader reads it too.
     QString run = sql;
-    bool rowIdColumn = false;
-    if (session.Kind() == SqlSession::Dialect::SQLite && select.singleTable && select.rowPerTableRow) {
-        const TableInfo& table = session.Table(select.schema, select.table);
-        const QStringList keys = table.KeyColumns();
-        bool keySelected = !keys.isEmpty();
-        for (const QString& key : keys) {
-            const SelectItem* item = select.ItemNamed(key);
-            keySelected = keySelected && ((item && item->isColumn && SameName(item->column, key)) || (!item && select.HasStar()));
-        }
-        if (table.exists && table.hasRowId && !keySelected) {
-            const QString qualifier = select.tableAlias.isEmpty() ? session.QuoteTable(select.schema, select.table)
-                                                                  : session.QuoteName(select.tableAlias);
-            run.insert(select.listStart, qualifier + QStringLiteral(".rowid, "));
-            rowIdColumn = true;
-        }
-    }
+    const bool rowIdColumn = AddRowIdColumn(select, run);
 
-    std::unique_ptr<SqlStatement> statement = session.Prepare(run);
+    std::unique_ptr<SqlStatement> statement = mSession->Prepare(run);
     statement->Execute(parameters);
     Result result;
     if (statement->ColumnCount() == 0) {
@@ -155,20 +131,97 @@ SqlRecordsetLoader::Result SqlRecordsetLoader::RunStatement(const QString& sourc
         statement->Finish();
         return result;
     }
-    const int first = rowIdColumn ? 1 : 0;
-    const int count = statement->ColumnCount() - first;
-
-    // Where each field comes from, and the table changes go to.
-    std::vector<ResultColumn> columns;
-    std::vector<FieldSource> sources;
+    Columns columns;
+    columns.first = rowIdColumn ? 1 : 0;
+    const int count = statement->ColumnCount() - columns.first;
     for (int i = 0; i < count; ++i) {
-        columns.push_back(statement->Column(first + i));
-        sources.push_back(SourceOf(columns.back(), select));
+        columns.results.push_back(statement->Column(columns.first + i));
+        columns.sources.push_back(SourceOf(columns.results.back(), select));
+        columns.types.push_back(DeclaredType(columns.results.back(), columns.sources.back()));
     }
-    RecordsetPlan plan;
+    RecordsetPlan plan = PlanUpdates(columns, rowIdColumn);
     plan.source = sql;
     plan.options = adCmdText;
     plan.parameters = parameters;
+
+    // A value its declared type cannot hold (SQLite checks no types) widens that field's type,
+    // and the rows are read again.
+    for (int pass = 0;; ++pass) {
+        if (pass > 0)
+            statement->Execute(parameters);
+        const bool any = statement->Next();
+        if (any) {
+            for (int f = 0; f < count; ++f) {
+                if (columns.types[f].unknown)
+                    columns.types[f] = TypeOfValue(statement->Value(columns.first + f));
+            }
+        }
+        auto store = std::make_shared<RecordsetStore>(DefineFields(columns, plan));
+        std::vector<std::int64_t> rowIds;
+        const Loaded loaded = LoadRows(*statement, any, columns, *store, rowIdColumn ? &rowIds : nullptr);
+        statement->Finish();
+        if (loaded.error) {
+            if (!Widen(columns, loaded.refused, *store) || pass > 4 * count)
+                throw *loaded.error;
+            continue;
+        }
+        store->SetDynamicProperty(QStringLiteral("Unique Table"), Variant(plan.table));
+        store->SetDynamicProperty(QStringLiteral("Unique Schema"), Variant(plan.schema));
+        store->SetProvider(std::make_shared<SqlRecordsetProvider>(mSession, std::move(plan), std::move(rowIds)));
+        result.store = std::move(store);
+        return result;
+    }
+}
+
+QString SqlRecordsetLoader::StatementFor(const QString& source, int options) const
+{
+    if (options == adCmdTable || options == adCmdTableDirect) {
+        const qsizetype dot = source.lastIndexOf(u'.');
+        return QStringLiteral("SELECT * FROM ") + mSession->QuoteTable(dot < 0 ? QString() : source.left(dot), source.mid(dot + 1));
+    }
+    if (options == adCmdStoredProc)
+        RaiseAdo(adErrFeatureNotAvailable);
+    return source;
+}
+
+bool SqlRecordsetLoader::AddRowIdColumn(const SelectStatement& select, QString& run) const
+{
+    // SQLite finds rows by rowid when the result lacks the table's key: the loader reads it too.
+    SqlSession& session = *mSession;
+    if (session.Kind() != SqlSession::Dialect::SQLite || !select.singleTable || !select.rowPerTableRow)
+        return false;
+    const TableInfo& table = session.Table(select.schema, select.table);
+    const QStringList keys = table.KeyColumns();
+    bool keySelected = !keys.isEmpty();
+    for (const QString& key : keys) {
+        const SelectItem* item = select.ItemNamed(key);
+        keySelected = keySelected && ((item && item->isColumn && SameName(item->column, key)) || (!item && select.HasStar()));
+    }
+    if (!table.exists || !table.hasRowId || keySelected)
+        return false;
+    const QString qualifier =
+        select.tableAlias.isEmpty() ? session.QuoteTable(select.schema, select.table) : session.QuoteName(select.tableAlias);
+    run.insert(select.listStart, qualifier + QStringLiteral(".rowid, "));
+    return true;
+}
+
+const TableColumnInfo* SqlRecordsetLoader::BaseColumnOf(const FieldSource& source) const
+{
+    return source.table.isEmpty() ? nullptr : mSession->Table(source.schema, source.table).Column(source.column);
+}
+
+ColumnType SqlRecordsetLoader::DeclaredType(const ResultColumn& column, const FieldSource& source) const
+{
+    // Declared by the table where the field is a column, else as the driver reports it.
+    const TableColumnInfo* base = BaseColumnOf(source);
+    return base ? base->type : column.type;
+}
+
+RecordsetPlan SqlRecordsetLoader::PlanUpdates(const Columns& columns, bool rowIdColumn) const
+{
+    RecordsetPlan plan;
+    const std::vector<FieldSource>& sources = columns.sources;
+    const int count = static_cast<int>(sources.size());
     std::vector<std::pair<QString, QString>> tables;
     for (const FieldSource& s : sources) {
         if (!s.table.isEmpty() && std::find(tables.begin(), tables.end(), std::pair(s.schema, s.table)) == tables.end())
@@ -176,7 +229,7 @@ SqlRecordsetLoader::Result SqlRecordsetLoader::RunStatement(const QString& sourc
     }
     // Several tables (a join): the first whose whole key is in the result takes the changes.
     for (const auto& [schema, name] : tables) {
-        const QStringList keys = session.Table(schema, name).KeyColumns();
+        const QStringList keys = mSession->Table(schema, name).KeyColumns();
         std::vector<int> keyFields;
         for (const QString& key : keys) {
             for (int f = 0; f < count; ++f) {
@@ -200,96 +253,78 @@ SqlRecordsetLoader::Result SqlRecordsetLoader::RunStatement(const QString& sourc
         const bool ours = !plan.table.isEmpty() && sources[f].schema == plan.schema && sources[f].table == plan.table;
         plan.baseColumns << (ours ? sources[f].column : QString());
     }
+    return plan;
+}
 
-    // Types: declared by the table where the field is a column, else as the driver reports
-    // them; a column of unknown type takes its first value's.
-    std::vector<ColumnType> types;
-    for (int f = 0; f < count; ++f) {
-        const TableColumnInfo* column =
-            sources[f].table.isEmpty() ? nullptr
-                                       : session.Table(sources[f].schema, sources[f].table).Column(sources[f].column);
-        types.push_back(column ? column->type : columns[f].type);
+std::vector<FieldDef> SqlRecordsetLoader::DefineFields(const Columns& columns, const RecordsetPlan& plan) const
+{
+    std::vector<FieldDef> fields;
+    for (std::size_t f = 0; f < columns.results.size(); ++f) {
+        const FieldSource& source = columns.sources[f];
+        const ColumnType& type = columns.types[f];
+        const TableColumnInfo* base = BaseColumnOf(source);
+        FieldDef field;
+        field.Name = columns.results[f].name;
+        field.Type = type.type;
+        field.DefinedSize = FieldTypeInfoOf(field.Type)->storage == StorageKind::Text ? (type.size > 0 ? type.size : LongTextSize)
+                                                                                      : FieldTypeInfoOf(field.Type)->byteSize;
+        field.Precision = type.precision;
+        field.NumericScale = type.scale;
+        const bool nullable = base ? !base->notNull : columns.results[f].nullable != 0;
+        int attributes = nullable ? adFldIsNullable | adFldMayBeNull : 0;
+        if (IsFixedSize(field.Type))
+            attributes |= adFldFixed;
+        if (field.Type == adLongVarWChar || field.Type == adLongVarChar)
+            attributes |= adFldLong;
+        if (!plan.baseColumns[static_cast<qsizetype>(f)].isEmpty() && !type.binary)
+            attributes |= source.fromDriver ? adFldUpdatable : adFldUnknownUpdatable;
+        if (std::find(plan.keyFields.begin(), plan.keyFields.end(), static_cast<int>(f)) != plan.keyFields.end()) {
+            attributes |= adFldKeyColumn;
+            field.KeyColumn = true;
+        }
+        field.Attributes = attributes;
+        field.BaseSchema = source.schema;
+        field.BaseTable = source.table;
+        field.BaseColumn = source.column;
+        field.AutoIncrement = base && base->autoIncrement;
+        fields.push_back(std::move(field));
     }
+    return fields;
+}
 
-    for (int pass = 0;; ++pass) {
-        if (pass > 0)
-            statement->Execute(parameters);
-        std::vector<Variant> values(static_cast<std::size_t>(count));
-        const bool any = statement->Next();
-        for (int f = 0; f < count; ++f) {
-            if (any)
-                values[f] = statement->Value(first + f);
-            if (types[f].unknown && any)
-                types[f] = TypeOfValue(values[f]);
+SqlRecordsetLoader::Loaded SqlRecordsetLoader::LoadRows(SqlStatement& statement, bool any, const Columns& columns,
+                                                        RecordsetStore& store, std::vector<std::int64_t>* rowIds) const
+{
+    const int count = static_cast<int>(columns.results.size());
+    Loaded loaded;
+    loaded.refused.resize(static_cast<std::size_t>(count));
+    try {
+        for (bool row = any; row; row = statement.Next()) {
+            for (int f = 0; f < count; ++f)
+                loaded.refused[f] = mSession->FromColumn(statement.Value(columns.first + f), columns.types[f].type);
+            if (rowIds)
+                rowIds->push_back(static_cast<std::int64_t>(CDbl(statement.Value(0))));
+            store.AppendRow(loaded.refused);
         }
-        std::vector<FieldDef> fields;
-        for (int f = 0; f < count; ++f) {
-            const TableColumnInfo* column =
-                sources[f].table.isEmpty() ? nullptr
-                                           : session.Table(sources[f].schema, sources[f].table).Column(sources[f].column);
-            FieldDef field;
-            field.Name = columns[f].name;
-            field.Type = types[f].type;
-            field.DefinedSize = FieldTypeInfoOf(field.Type)->storage == StorageKind::Text
-                                    ? (types[f].size > 0 ? types[f].size : LongTextSize)
-                                    : FieldTypeInfoOf(field.Type)->byteSize;
-            field.Precision = types[f].precision;
-            field.NumericScale = types[f].scale;
-            const bool nullable = column ? !column->notNull : columns[f].nullable != 0;
-            int attributes = nullable ? adFldIsNullable | adFldMayBeNull : 0;
-            if (IsFixedSize(field.Type))
-                attributes |= adFldFixed;
-            if (field.Type == adLongVarWChar || field.Type == adLongVarChar)
-                attributes |= adFldLong;
-            if (!plan.baseColumns[f].isEmpty() && !types[f].binary)
-                attributes |= sources[f].fromDriver ? adFldUpdatable : adFldUnknownUpdatable;
-            if (std::find(plan.keyFields.begin(), plan.keyFields.end(), f) != plan.keyFields.end()) {
-                attributes |= adFldKeyColumn;
-                field.KeyColumn = true;
-            }
-            field.Attributes = attributes;
-            field.BaseSchema = sources[f].schema;
-            field.BaseTable = sources[f].table;
-            field.BaseColumn = sources[f].column;
-            field.AutoIncrement = column && column->autoIncrement;
-            fields.push_back(std::move(field));
-        }
-        auto store = std::make_shared<RecordsetStore>(std::move(fields));
-        std::vector<std::int64_t> rowIds;
-        try {
-            for (bool row = any; row; row = statement->Next()) {
-                for (int f = 0; f < count; ++f)
-                    values[f] = session.FromColumn(statement->Value(first + f), types[f].type);
-                if (rowIdColumn)
-                    rowIds.push_back(static_cast<std::int64_t>(CDbl(statement->Value(0))));
-                store->AppendRow(values);
-            }
-        } catch (const Error& e) {
-            // A value its declared type cannot hold (SQLite checks no types): the field takes
-            // the next wider type and the rows are read again.
-            if (e.Number() != adErrMultipleStep)
-                throw;
-            bool widened = false;
-            for (int f = 0; f < count && !widened; ++f) {
-                if (ConvertForField(values[f], store->Field(f)).status == adFieldOK || values[f].IsNull())
-                    continue;
-                if (const std::optional<ColumnType> wider = Wider(types[f])) {
-                    types[f] = *wider;
-                    widened = true;
-                }
-            }
-            statement->Finish();
-            if (!widened || pass > 4 * count)
-                throw;
+    } catch (const Error& e) {
+        if (e.Number() != adErrMultipleStep)
+            throw;
+        loaded.error = e;  // the row in `refused` holds a value its field's type cannot take
+    }
+    return loaded;
+}
+
+bool SqlRecordsetLoader::Widen(Columns& columns, const std::vector<Variant>& row, const RecordsetStore& store) const
+{
+    for (std::size_t f = 0; f < row.size(); ++f) {
+        if (row[f].IsNull() || ConvertForField(row[f], store.Field(static_cast<int>(f))).status == adFieldOK)
             continue;
+        if (const std::optional<ColumnType> wider = Wider(columns.types[f])) {
+            columns.types[f] = *wider;
+            return true;
         }
-        statement->Finish();
-        store->SetDynamicProperty(QStringLiteral("Unique Table"), Variant(plan.table));
-        store->SetDynamicProperty(QStringLiteral("Unique Schema"), Variant(plan.schema));
-        store->SetProvider(std::make_shared<SqlRecordsetProvider>(mSession, std::move(plan), std::move(rowIds)));
-        result.store = std::move(store);
-        return result;
     }
+    return false;
 }
 
 }  // namespace korvex::ado

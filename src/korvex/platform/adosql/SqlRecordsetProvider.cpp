@@ -16,10 +16,6 @@ namespace {
 const QString NoBaseTable = QStringLiteral("Insufficient base table information for updating or refreshing.");
 const QString NoKey = QStringLiteral("Insufficient key column information for updating or refreshing.");
 
-// A row-level failure of PostgreSQL inside a batch without savepoints: the batch starts again,
-// guarding each row.
-struct RestartGuarded {};
-
 bool IsPresent(const Variant& value)
 {
     return !value.IsNull() && !value.IsEmpty();
@@ -85,38 +81,15 @@ BatchOutcome SqlRecordsetProvider::UpdateBatch(const RecordsetStore& store, std:
     // Inside the caller's own transaction the batch keeps to a savepoint, so that a failure
     // takes back this batch's statements and nothing of the caller's.
     const bool own = !session.InTransaction();
-    const QString batchPoint = QStringLiteral("korvex_batch");
     bool guarded = !own && session.FailureEndsTransaction();
     for (;;) {
         Attempt attempt;
         attempt.guarded = guarded;
-        try {
-            if (own)
-                session.Begin(true);
-            else if (session.SupportsSavepoints())
-                session.Run(QStringLiteral("SAVEPOINT ") + batchPoint);
-            for (RowId row : rows)
-                WriteRow(store, row, attempt);
-            if (own)
-                session.Commit();
-            else if (session.SupportsSavepoints())
-                session.Run(QStringLiteral("RELEASE SAVEPOINT ") + batchPoint);
-        } catch (...) {
-            // Nothing of this attempt stays written: every row keeps its pending changes.
-            try {
-                if (own && session.InTransaction())
-                    session.Rollback();
-                else if (!own && session.SupportsSavepoints())
-                    session.Run(QStringLiteral("ROLLBACK TO SAVEPOINT ") + batchPoint);
-            } catch (const Error&) {
-                // The connection is gone: the server has dropped the transaction with it.
-            }
-            try {
-                throw;
-            } catch (const RestartGuarded&) {
-                guarded = true;
-                continue;
-            }
+        if (RunAttempt(store, rows, attempt, own) == WriteEnd::RetryGuarded) {
+            // A row failed where a failure ends the whole transaction: start again with each row
+            // inside a savepoint of its own.
+            guarded = true;
+            continue;
         }
         for (const auto& [row, id] : attempt.rowIds) {
             if (mRowIds.size() <= row)
@@ -127,7 +100,45 @@ BatchOutcome SqlRecordsetProvider::UpdateBatch(const RecordsetStore& store, std:
     }
 }
 
-void SqlRecordsetProvider::WriteRow(const RecordsetStore& store, RowId row, Attempt& attempt)
+SqlRecordsetProvider::WriteEnd SqlRecordsetProvider::RunAttempt(const RecordsetStore& store, std::span<const RowId> rows,
+                                                                  Attempt& attempt, bool own)
+{
+    SqlSession& session = *mSession;
+    const QString batchPoint = QStringLiteral("korvex_batch");
+    // Nothing of an attempt that does not finish stays written: every row keeps its changes.
+    const auto takeBack = [&] {
+        try {
+            if (own && session.InTransaction())
+                session.Rollback();
+            else if (!own && session.SupportsSavepoints())
+                session.Run(QStringLiteral("ROLLBACK TO SAVEPOINT ") + batchPoint);
+        } catch (const Error&) {
+            // The connection is gone: the server has dropped the transaction with it.
+        }
+    };
+    try {
+        if (own)
+            session.Begin(true);
+        else if (session.SupportsSavepoints())
+            session.Run(QStringLiteral("SAVEPOINT ") + batchPoint);
+        for (RowId row : rows) {
+            if (WriteRow(store, row, attempt) == WriteEnd::RetryGuarded) {
+                takeBack();
+                return WriteEnd::RetryGuarded;
+            }
+        }
+        if (own)
+            session.Commit();
+        else if (session.SupportsSavepoints())
+            session.Run(QStringLiteral("RELEASE SAVEPOINT ") + batchPoint);
+    } catch (...) {
+        takeBack();
+        throw;
+    }
+    return WriteEnd::Done;
+}
+
+SqlRecordsetProvider::WriteEnd SqlRecordsetProvider::WriteRow(const RecordsetStore& store, RowId row, Attempt& attempt)
 {
     SqlSession& session = *mSession;
     const QString rowPoint = QStringLiteral("korvex_row");
@@ -148,7 +159,7 @@ void SqlRecordsetProvider::WriteRow(const RecordsetStore& store, RowId row, Atte
             throw;
         if (session.FailureEndsTransaction()) {
             if (!attempt.guarded)
-                throw RestartGuarded{};
+                return WriteEnd::RetryGuarded;
             session.Run(QStringLiteral("ROLLBACK TO SAVEPOINT ") + rowPoint);
             session.Run(QStringLiteral("RELEASE SAVEPOINT ") + rowPoint);
         }
@@ -158,6 +169,7 @@ void SqlRecordsetProvider::WriteRow(const RecordsetStore& store, RowId row, Atte
         if (!attempt.outcome.error)
             attempt.outcome.error = static_cast<const Error&>(e);
     }
+    return WriteEnd::Done;
 }
 
 SqlRecordsetProvider::Condition SqlRecordsetProvider::KeyCondition(const RecordsetStore& store, RowId row) const

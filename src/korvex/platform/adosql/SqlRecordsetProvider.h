@@ -63,10 +63,14 @@ private:
         std::uint64_t generation = 0;
     };
     struct Attempt;
+    // How an attempt at a batch, or one row of it, ended: done (written or refused), or to be
+    // tried again with each row in a savepoint of its own.
+    enum class WriteEnd { Done, RetryGuarded };
 
     SqlSession& Session() const;
     void RequireKey() const;
-    void WriteRow(const RecordsetStore& store, RowId row, Attempt& attempt);
+    WriteEnd RunAttempt(const RecordsetStore& store, std::span<const RowId> rows, Attempt& attempt, bool own);
+    WriteEnd WriteRow(const RecordsetStore& store, RowId row, Attempt& attempt);
     void Insert(const RecordsetStore& store, RowId row, Attempt& attempt);
     void Update(const RecordsetStore& store, RowId row, Attempt& attempt);
     void Delete(const RecordsetStore& store, RowId row, Attempt& attempt);

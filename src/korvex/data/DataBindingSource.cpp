@@ -133,13 +133,6 @@ void DataBindingSource::SetAutoOverwriteChanges(bool value)
     Assign("AutoOverwriteChanges", mAutoOverwriteChanges, value);
 }
 
-// What the form file says is kept; at run time the control shows nothing.
-void DataBindingSource::SetVisible(bool visible)
-{
-    mVisible = visible;
-    UserControl::SetVisible(visible && !UserMode());
-}
-
 const PropertyList& DataBindingSource::PersistedProperties() const
 {
     const auto stored = [](bool DataBindingSource::*member) {

@@ -73,8 +73,6 @@ public:
     bool DisplayRecord();
 
     // Invisible at run time, a small labelled box while the form is designed.
-    bool Visible() const override { return mVisible; }
-    void SetVisible(bool visible) override;
 
 
 signals:
@@ -139,7 +137,6 @@ private:
     bool mAutoSaveBatch = true;
     bool mAutoSetUpdated = true;
     bool mAutoOverwriteChanges = true;
-    bool mVisible = true;
 };
 
 }  // namespace korvex

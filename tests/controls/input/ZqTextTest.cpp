@@ -16,7 +16,6 @@
 
 #include <QLineEdit>
 #include <QPlainTextEdit>
-#include <QJsonObject>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 
@@ -247,16 +246,14 @@ TEST_F(ZqTextTest, PersistenceStoresOnlyWhatDiffersAndRefusesBadValues)
     QStringList keys = bag.Values().keys();
     keys.sort();
     EXPECT_EQ(keys, (QStringList{"Alignment", "BackColor", "BorderStyle", "DefaultText", "Enabled", "Locked", "MaxLength",
-                                 "MouseIcon", "MousePointer", "PasswordChar", "RightToLeft", "Text"}))
-        << "the kind of inner box is not a property and is not saved";
+                                 "MouseIcon", "MousePointer", "MultiLine", "PasswordChar", "RightToLeft", "Text"}))
+        << "a multi-line box says so; a single-line one saves only its properties (above)";
 
     ZqText loaded(form.Client());
     QSignalSpy notices(&loaded, &UserControl::PropertyChangedNotification);
-    QJsonObject multiLine = bag.Values();
-    multiLine.insert(QStringLiteral("MultiLine"), true);
-    PropertyBag reading(multiLine);
+    PropertyBag reading(bag.Values());
     loaded.ReadProperties(reading);
-    EXPECT_TRUE(loaded.MultiLine()) << "a form file may still ask for a multi-line box, read before anything else";
+    EXPECT_TRUE(loaded.MultiLine()) << "the inner box is rebuilt multi-line before anything else";
     EXPECT_EQ(loaded.ScrollBars(), 2);
     EXPECT_EQ(loaded.Text(), "line one\r\nline two");
     EXPECT_EQ(loaded.DefaultText(), "Notes");

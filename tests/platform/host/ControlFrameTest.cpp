@@ -236,6 +236,10 @@ TEST(ControlFrame, AnErrorInAHostHandlerStopsAtTheEntryPointAndIsReported)
     EXPECT_EQ(reported.size(), 2) << "a slot called by Qt's signal reports, whatever the exception";
     EXPECT_EQ(box->Text(), "ab") << "the control goes on working";
 
+    EXPECT_THROW(box->SetText(QStringLiteral("set by the host")), std::runtime_error)
+        << "the host's own write gets its handler's error back";
+    EXPECT_EQ(reported.size(), 2);
+
     SetSingleShotTimer(0, [] { Raise(vbErrOverflow); });
     EXPECT_TRUE(QTest::qWaitFor([&] { return reported.size() == 3; }, 1000)) << "a timer callback";
     EXPECT_EQ(reported.last(), vbErrOverflow);

@@ -121,6 +121,35 @@ TEST(FormFile, SaveKeepsOnlyNonDefaultsAndRoundTripsByteForByte)
     EXPECT_EQ(name->ContainerObject(), loaded->FindControl(QStringLiteral("fraDetails")));
 }
 
+// Twips that do not come out as whole pixels are kept as given, and a property the control
+// does not have is told, not dropped without a word.
+TEST(FormFile, TwipsComeBackAsGivenAndUnknownPropertiesAreTold)
+{
+    test::PinnedSettings pin(RegionalSettings::EnglishUS(), 15, 15);
+    const QByteArray json = R"({"Type": "Form", "Name": "frmOdd", "Controls": [{"Type": "TextBox", "Name": "txtCode",
+        "Properties": {"DataFeild": "Code"}, "Extender": {"Left": 1001, "Top": 7, "Width": 1400, "Height": 301}}]})";
+    static QStringList warnings;
+    warnings.clear();
+    const QtMessageHandler previous = qInstallMessageHandler([](QtMsgType type, const QMessageLogContext& context, const QString& text) {
+        if (type == QtWarningMsg && QLatin1String(context.category) == QLatin1String("korvex.forms"))
+            warnings << text;
+    });
+    auto form = FormFile::FromJson(json, QStringLiteral("frmOdd.json"));
+    qInstallMessageHandler(previous);
+    ASSERT_EQ(warnings.size(), 1);
+    EXPECT_TRUE(warnings[0].contains(QStringLiteral("frmOdd.json")) && warnings[0].contains(QStringLiteral("txtCode")) &&
+                warnings[0].contains(QStringLiteral("'DataFeild'")))
+        << warnings[0].toStdString();
+    Control* code = form->FindControl(QStringLiteral("txtCode"));
+    EXPECT_EQ(code->Width(), 1400) << "93 pixels would read 1395";
+    EXPECT_EQ(code->Left(), 1001);
+    const QJsonObject extender =
+        QJsonDocument::fromJson(FormFile::ToJson(*form)).object()[QStringLiteral("Controls")][0][QStringLiteral("Extender")].toObject();
+    EXPECT_EQ(extender, (QJsonObject{{"Left", 1001}, {"Top", 7}, {"Width", 1400}, {"Height", 301}}));
+    code->resize(50, 20);  // a layout, not the host, sized it
+    EXPECT_EQ(code->Width(), 750);
+}
+
 TEST(FormFile, CheckBoxKeepsItsPicturesMaskAndCustomPointer)
 {
     QTemporaryDir dir;

@@ -104,6 +104,7 @@ void ZqLabel::SetFont(QObject* font)
     SetLinkClickFont(f);
     SetLinkHoverFont(f);
     mSizeValid = false;
+    updateGeometry();
     Refresh();
     Notify("Font");
 }
@@ -150,8 +151,7 @@ void ZqLabel::SetEnabled(bool enabled)
 
 void ZqLabel::SetAlignmentH(int alignment)
 {
-    if (alignment < 0 || alignment > 2)
-        Raise(vbErrInvalidPropertyValue, QStringLiteral("ZqLabel.AlignmentH"));
+    RequireValid(alignment >= 0 && alignment <= 2, "AlignmentH");
     mAlignmentH = alignment;
     Refresh();
     Notify("AlignmentH");
@@ -159,8 +159,7 @@ void ZqLabel::SetAlignmentH(int alignment)
 
 void ZqLabel::SetAlignmentV(int alignment)
 {
-    if (alignment < vaTop || alignment > vaBottom)
-        Raise(vbErrInvalidPropertyValue, QStringLiteral("ZqLabel.AlignmentV"));
+    RequireValid(alignment >= vaTop && alignment <= vaBottom, "AlignmentV");
     mAlignmentV = alignment;
     Refresh();
     Notify("AlignmentV");
@@ -176,6 +175,7 @@ void ZqLabel::SetAutoSize(bool autoSize)
 void ZqLabel::SetWordWrap(bool wrap)
 {
     mWordWrap = wrap;
+    updateGeometry();
     Refresh();
     Notify("WordWrap");
 }
@@ -190,8 +190,7 @@ void ZqLabel::SetBackColor(OleColor color)
 
 void ZqLabel::SetBackStyle(int style)
 {
-    if (style != bsTransparent && style != bsOpaque)
-        Raise(vbErrInvalidPropertyValue, QStringLiteral("ZqLabel.BackStyle"));
+    RequireValid(style == bsTransparent || style == bsOpaque, "BackStyle");
     mBackStyle = style;
     Refresh();
     Notify("BackStyle");
@@ -204,6 +203,7 @@ void ZqLabel::SetCaption(const QString& caption)
                     QStringLiteral("Caption may not be specified when CaptionLangId is specified."));
     mCaption = caption;
     mSizeValid = false;
+    updateGeometry();
     if (mShown)
         Refresh();
     else
@@ -217,14 +217,14 @@ void ZqLabel::SetCaptionLangId(const QString& id)
     if (!id.isEmpty())
         mCaption = LGS(id, QString(), mCaptionSuffix);
     mSizeValid = false;
+    updateGeometry();
     Refresh();
     Notify("CaptionLangId");
 }
 
 void ZqLabel::SetCaptionSuffix(int suffix)
 {
-    if (suffix < tsNone || suffix > tsSpace)
-        Raise(vbErrInvalidPropertyValue, QStringLiteral("ZqLabel.CaptionSuffix"));
+    RequireValid(suffix >= tsNone && suffix <= tsSpace, "CaptionSuffix");
     mCaptionSuffix = suffix;
     if (!mCaptionLangId.isEmpty())
         SetCaptionLangId(mCaptionLangId);
@@ -233,10 +233,10 @@ void ZqLabel::SetCaptionSuffix(int suffix)
 
 void ZqLabel::SetEllipsis(int ellipsis)
 {
-    if (ellipsis < etNone || ellipsis > etPath)
-        Raise(vbErrInvalidPropertyValue, QStringLiteral("ZqLabel.Ellipsis"));
+    RequireValid(ellipsis >= etNone && ellipsis <= etPath, "Ellipsis");
     mEllipsis = ellipsis;
     mSizeValid = false;
+    updateGeometry();
     Refresh();
     Notify("Ellipsis");
 }
@@ -252,8 +252,7 @@ void ZqLabel::SetForeColor(OleColor color)
 
 void ZqLabel::SetStyle(int style)
 {
-    if (style != lsNormal && style != lsHyperlink)
-        Raise(vbErrInvalidPropertyValue, QStringLiteral("ZqLabel.Style"));
+    RequireValid(style == lsNormal || style == lsHyperlink, "Style");
     mStyle = style;
     if (style == lsNormal && (mHovering || mPressed))
         SetState(false, false);
@@ -429,7 +428,7 @@ bool ZqLabel::event(QEvent* e)
     case QEvent::Hide: mShown = false; break;
     case QEvent::Leave:
         if (mEnabled)
-            MoveTo(QPointF(-1, -1));
+            Guarded(this, [this] { MoveTo(QPointF(-1, -1)); });
         break;
     default: break;
     }
@@ -455,29 +454,31 @@ void ZqLabel::MoveTo(const QPointF& p)
 void ZqLabel::mouseMoveEvent(QMouseEvent* event)
 {
     if (mEnabled)
-        MoveTo(event->position());
+        Guarded(this, [&] { MoveTo(event->position()); });
 }
 
 void ZqLabel::mousePressEvent(QMouseEvent*)
 {
     if (mEnabled)
-        SetState(mHovering, true);
+        Guarded(this, [this] { SetState(mHovering, true); });
 }
 
 void ZqLabel::mouseDoubleClickEvent(QMouseEvent*)
 {
     if (mEnabled)
-        SetState(mHovering, true);
+        Guarded(this, [this] { SetState(mHovering, true); });
 }
 
 void ZqLabel::mouseReleaseEvent(QMouseEvent* event)
 {
     if (!mEnabled)
         return;
-    const bool wasHovering = mHovering;
-    SetState(false, false);
-    if (wasHovering)
-        Guarded(this, [&] { emit Click(ButtonOf(event->button())); });
+    Guarded(this, [&] {
+        const bool wasHovering = mHovering;
+        SetState(false, false);
+        if (wasHovering)
+            emit Click(ButtonOf(event->button()));
+    });
 }
 
 // Persistence -------------------------------------------------------------------------------

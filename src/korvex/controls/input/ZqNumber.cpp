@@ -200,6 +200,7 @@ QObject* ZqNumber::FontObject() const
 
 void ZqNumber::SetFontObject(QObject* font)
 {
+    RequireValid(qobject_cast<StdFont*>(font) != nullptr, "Font");
     mNumber->SetFontObject(font);
     PropertyChanged("Font");
 }
@@ -468,29 +469,29 @@ const PropertyList& ZqNumber::PersistedProperties() const
             .Stored("AllowNullSelection", &ZqNumber::AllowNullSelection, stored(&ZqNumber::mAllowNullSelection), false)
             .Stored("DataField", &ZqNumber::DataField, stored(&ZqNumber::mDataField), QString())
             .Property("Enabled", &ZqNumber::Enabled, &ZqNumber::ApplyEnabled, true)
-            .Property("BorderStyle", &ZqNumber::BorderStyle, [](ZqNumber& c, std::int16_t v) { c.mNumber->SetBorderStyle(v); },
+            .Stored("BorderStyle", &ZqNumber::BorderStyle, [](ZqNumber& c, std::int16_t v) { c.mNumber->SetBorderStyle(v); },
                       std::int16_t{1})
-            .Property("Font", &ZqNumber::FontObject, [](ZqNumber& c, QObject* f) { c.mNumber->SetFontObject(f); }, AmbientFont)
+            .Stored("Font", &ZqNumber::FontObject, [](ZqNumber& c, QObject* f) { c.mNumber->SetFontObject(f); }, AmbientFont)
             .Stored("SuppressLeadingZeroes", &ZqNumber::SuppressLeadingZeroes, stored(&ZqNumber::mSuppressLeadingZeroes), true)
             .Stored("BlankWhenZero", &ZqNumber::BlankWhenZero, stored(&ZqNumber::mBlankWhenZero), false)
             .Stored("ThousandsSeparators", &ZqNumber::ThousandsSeparators, stored(&ZqNumber::mThousandsSeparators), true)
             .Stored("NegativeStyle", &ZqNumber::NegativeStyle, stored(&ZqNumber::mNegativeStyle), std::int32_t{zqnnsBrackets})
             // A Boolean kept as the inner box's 32-bit visibility; any non-zero value shows it.
-            .Property("SpinButtonVisible", [](const ZqNumber& c) { return std::int32_t{c.mNumber->SpinVisible()}; },
+            .Stored("SpinButtonVisible", [](const ZqNumber& c) { return std::int32_t{c.mNumber->SpinVisible()}; },
                       [](ZqNumber& c, std::int32_t v) { c.mNumber->SetSpinVisible(v != 0 ? NumberBox::SpinShown : NumberBox::SpinHidden); },
                       std::int32_t{NumberBox::SpinHidden})
-            .Property("SpinEnabled", &ZqNumber::SpinEnabled, [](ZqNumber& c, bool v) { c.mNumber->SetSpinEnabled(v); }, true)
-            .Property("AlignHorizontal", &ZqNumber::AlignHorizontal,
+            .Stored("SpinEnabled", &ZqNumber::SpinEnabled, [](ZqNumber& c, bool v) { c.mNumber->SetSpinEnabled(v); }, true)
+            .Stored("AlignHorizontal", &ZqNumber::AlignHorizontal,
                       [](ZqNumber& c, std::int16_t v) { c.mNumber->SetAlignHorizontal(v); }, std::int16_t{1})
             .Stored("DecimalPlaces", &ZqNumber::DecimalPlaces, stored(&ZqNumber::mDecimalPlaces), std::uint8_t{2})
             // The colours' defaults follow the ReadOnly just loaded.
-            .Property("BackColor", &ZqNumber::BackColor, [](ZqNumber& c, OleColor v) { c.mNumber->SetBackColor(v); },
+            .Stored("BackColor", &ZqNumber::BackColor, [](ZqNumber& c, OleColor v) { c.mNumber->SetBackColor(v); },
                       [](const ZqNumber& c) { return c.ReadOnly() ? vbButtonFace : vbWindowBackground; })
-            .Property("ForeColor", &ZqNumber::ForeColor, [](ZqNumber& c, OleColor v) { c.mNumber->SetForeColor(v); },
+            .Stored("ForeColor", &ZqNumber::ForeColor, [](ZqNumber& c, OleColor v) { c.mNumber->SetForeColor(v); },
                       [](const ZqNumber& c) { return c.ReadOnly() ? vbButtonText : vbWindowText; })
             .Stored("MinValue", &ZqNumber::MinValue, stored(&ZqNumber::mLoadedMinValue), DefaultMinValue)
             .Stored("MaxValue", &ZqNumber::MaxValue, &ZqNumber::LoadMaxValue, DefaultMaxValue)
-            .Property("Value", &ZqNumber::Value, [](ZqNumber& c, const Variant& v) { c.mNumber->SetValue(v); }, Variant::Null());
+            .Stored("Value", &ZqNumber::Value, [](ZqNumber& c, const Variant& v) { c.mNumber->SetValue(v); }, Variant::Null());
     return list;
 }
 

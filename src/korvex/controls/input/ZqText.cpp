@@ -249,10 +249,19 @@ const PropertyList& ZqText::PersistedProperties() const
     return list;
 }
 
+void ZqText::WriteProperties(PropertyBag& bag)
+{
+    // A multi-line box says so, or it would come back single-line; a single-line one saves
+    // only its properties.
+    if (MultiLine())
+        bag.WriteProperty(QStringLiteral("MultiLine"), true, false);
+    UserControl::WriteProperties(bag);
+}
+
 void ZqText::ReadProperties(PropertyBag& bag)
 {
     // The kind of inner box is chosen when it is built, before anything is applied to it. It is
-    // not a property of the control and is never written back.
+    // not a property of the control: only a multi-line box writes it back.
     if (bag.Contains(QStringLiteral("MultiLine"))) {
         const bool multiLine = CBool(bag.ReadProperty(QStringLiteral("MultiLine"), false));
         if (multiLine != MultiLine()) {

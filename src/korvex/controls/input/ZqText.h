@@ -35,7 +35,7 @@ class ZqText : public UserControl {
 
 public:
     // The inner box is single-line or multi-line for its whole life; a form file may ask for a
-    // multi-line one with "MultiLine" (read before anything else, never written).
+    // multi-line one with "MultiLine" (read before anything else).
     explicit ZqText(QWidget* parent = nullptr, bool multiLine = false);
 
     OleColor BackColor() const { return txt->BackColor(); }
@@ -98,6 +98,7 @@ public:
     TextBox* InnerBox() const { return txt; }
 
     void ReadProperties(PropertyBag& bag) override;
+    void WriteProperties(PropertyBag& bag) override;
 
 signals:
     void Change();

@@ -11,6 +11,7 @@
 #include "korvex/runtime/Error.h"
 
 #include <QCheckBox>
+#include <QSignalBlocker>
 #include <QStyle>
 
 namespace korvex {
@@ -67,7 +68,15 @@ void CheckBox::SetValue(short value)
 {
     if (value < 0 || value > 2)
         Raise(vbErrInvalidPropertyValue, QStringLiteral("CheckBox.Value"));
-    mBox->setCheckState(value == 1 ? Qt::Checked : value == 2 ? Qt::PartiallyChecked : Qt::Unchecked);
+    const Qt::CheckState state = value == 1 ? Qt::Checked : value == 2 ? Qt::PartiallyChecked : Qt::Unchecked;
+    if (state == mBox->checkState())
+        return;
+    {
+        // As for a text box: the host's write raises Click itself, outside Qt's code.
+        const QSignalBlocker quiet(mBox);
+        mBox->setCheckState(state);
+    }
+    emit Click();
 }
 
 void CheckBox::SetAlignment(short alignment)

@@ -3,6 +3,7 @@
 #include "korvex/platform/host/Control.h"
 
 #include "korvex/platform/host/Form.h"
+#include "korvex/platform/host/HostLogging.h"
 #include "korvex/platform/host/UserControl.h"
 #include "korvex/platform/desktop/MessageBoxService.h"
 #include "korvex/runtime/EntryGuard.h"
@@ -13,15 +14,15 @@
 
 #include <QApplication>
 #include <QKeyEvent>
-#include <QLoggingCategory>
 #include <QMouseEvent>
 #include <QScopedValueRollback>
 #include <QTimer>
 
 namespace korvex {
-namespace {
 
 Q_LOGGING_CATEGORY(lcForms, "korvex.forms")
+
+namespace {
 
 quint64 NextCreationOrder()
 {
@@ -45,8 +46,10 @@ short ButtonsOf(Qt::MouseButtons buttons)
 void ShowUncaught(const QObject*, const Error& error)
 {
     qCCritical(lcForms).noquote() << "Error" << error.Number() << "in" << error.Source() << ":" << error.Description();
-    MsgBox(QStringLiteral("%1\r\n\r\nError '%2' : %3").arg(error.Source()).arg(error.Number()).arg(error.Description()),
-           vbCritical);
+    QString prompt = error.Source() + QStringLiteral("\r\n\r\n");
+    if (error.Number() > 0)
+        prompt += QStringLiteral("Error '%1'").arg(error.Number()) + (error.Description().isEmpty() ? QString() : QStringLiteral(" : "));
+    MsgBox(prompt + error.Description(), vbCritical);
 }
 
 }  // namespace
@@ -166,19 +169,21 @@ Form* Control::ParentForm() const
     return nullptr;
 }
 
-int Control::Left() const { return PixelsToTwipsX(x()); }
-int Control::Top() const { return PixelsToTwipsY(y()); }
-int Control::Width() const { return PixelsToTwipsX(width()); }
-int Control::Height() const { return PixelsToTwipsY(height()); }
+int Control::Left() const { return mLeft.Read(x(), PixelsToTwipsX); }
+int Control::Top() const { return mTop.Read(y(), PixelsToTwipsY); }
+int Control::Width() const { return mWidth.Read(width(), PixelsToTwipsX); }
+int Control::Height() const { return mHeight.Read(height(), PixelsToTwipsY); }
 void Control::SetLeft(int twips)
 {
     move(TwipsToPixelsX(twips), y());
+    mLeft = {twips, TwipsToPixelsX(twips)};
     GeometryChanged();
 }
 
 void Control::SetTop(int twips)
 {
     move(x(), TwipsToPixelsY(twips));
+    mTop = {twips, TwipsToPixelsY(twips)};
     GeometryChanged();
 }
 
@@ -187,6 +192,7 @@ void Control::SetWidth(int twips)
     if (twips < 0)
         Raise(vbErrInvalidPropertyValue, mName + QStringLiteral(".Width"));
     resize(TwipsToPixelsX(twips), height());
+    mWidth = {twips, TwipsToPixelsX(twips)};
     GeometryChanged();
 }
 
@@ -195,6 +201,7 @@ void Control::SetHeight(int twips)
     if (twips < 0)
         Raise(vbErrInvalidPropertyValue, mName + QStringLiteral(".Height"));
     resize(width(), TwipsToPixelsY(twips));
+    mHeight = {twips, TwipsToPixelsY(twips)};
     GeometryChanged();
 }
 
@@ -204,6 +211,13 @@ void Control::Move(int left, int top, int width, int height)
         Raise(vbErrInvalidPropertyValue, mName + QStringLiteral(".Move"));
     move(TwipsToPixelsX(left), top == -1 ? y() : TwipsToPixelsY(top));
     resize(width == -1 ? this->width() : TwipsToPixelsX(width), height == -1 ? this->height() : TwipsToPixelsY(height));
+    mLeft = {left, TwipsToPixelsX(left)};
+    if (top != -1)
+        mTop = {top, TwipsToPixelsY(top)};
+    if (width != -1)
+        mWidth = {width, TwipsToPixelsX(width)};
+    if (height != -1)
+        mHeight = {height, TwipsToPixelsY(height)};
     GeometryChanged();
 }
 
@@ -262,14 +276,24 @@ void Control::SetInputWidget(QWidget* widget)
 
 QSize Control::sizeHint() const
 {
-    const QWidget* source = mInput && mInput != this ? mInput.data() : focusProxy();
-    return source ? source->sizeHint() : QWidget::sizeHint();
+    if (const QWidget* source = mInput && mInput != this ? mInput.data() : focusProxy())
+        return source->sizeHint();
+    const QSize own = QWidget::sizeHint();
+    return own.isValid() ? own : DesignedSize();
 }
 
 QSize Control::minimumSizeHint() const
 {
-    const QWidget* source = mInput && mInput != this ? mInput.data() : focusProxy();
-    return source ? source->minimumSizeHint() : QWidget::minimumSizeHint();
+    if (const QWidget* source = mInput && mInput != this ? mInput.data() : focusProxy())
+        return source->minimumSizeHint();
+    const QSize own = QWidget::minimumSizeHint();
+    return own.isValid() ? own : DesignedSize();
+}
+
+QSize Control::DesignedSize() const
+{
+    // The size the host gave through the extender, or the one the control was built with.
+    return {mWidth.pixels >= 0 ? mWidth.pixels : width(), mHeight.pixels >= 0 ? mHeight.pixels : height()};
 }
 
 void Control::ReadProperties(PropertyBag&) {}

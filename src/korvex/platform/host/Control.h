@@ -155,10 +155,24 @@ private:
     // Raises the host events of one event of the input widget; true when the event is used up.
     bool RaiseEventsOf(QEvent* event);
     bool TranslateKeyPress(QKeyEvent* event);
+    QSize DesignedSize() const;
     void RaiseMouse(QEvent::Type type, QMouseEvent* event);
+
+    // The twips the host gave for a position or size, kept while the widget has the pixels they
+    // asked for: 1400 twips read back as 1400, not as the 1395 that their 93 pixels make. A
+    // size Qt clamped, or one a layout changed, reads from the pixels.
+    struct KeptTwips {
+        int twips = 0;
+        int pixels = -1;
+        int Read(int nowPixels, int (*toTwips)(double)) const { return nowPixels == pixels ? twips : toTwips(nowPixels); }
+    };
 
     QString mName;
     QString mTag;
+    KeptTwips mLeft;
+    KeptTwips mTop;
+    KeptTwips mWidth;
+    KeptTwips mHeight;
     short mTabIndex = 0;
     short mIndex = -1;
     bool mTabStop = true;

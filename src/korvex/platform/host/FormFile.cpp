@@ -4,6 +4,7 @@
 
 #include "korvex/platform/host/Control.h"
 #include "korvex/platform/host/ControlRegistry.h"
+#include "korvex/platform/host/HostLogging.h"
 #include "korvex/platform/host/MDIForm.h"
 #include "korvex/platform/host/PersistedProperties.h"
 #include "korvex/platform/host/PropertyBag.h"
@@ -129,6 +130,10 @@ void LoadControls(const QJsonValue& list, QWidget* container, const QString& sou
         } catch (const Error& e) {
             Fail(source, QStringLiteral("%1 (%2): property '%3': %4").arg(label, type, reading->LastRead(), e.Description()));
         }
+        // A property the control does not have (a typo such as "DataFeild") is dropped: say so.
+        for (const QString& unknown : properties.Unread() + extender.Unread())
+            qCWarning(lcForms).noquote() << QStringLiteral("Form file '%1': %2 (%3) has no property '%4'; it is ignored")
+                                                .arg(source, label, type, unknown);
         if (o.contains(QStringLiteral("Controls")) && !control->IsContainer())
             Fail(source, QStringLiteral("%1 (%2) cannot hold controls").arg(label, type));
         LoadControls(o.value(QStringLiteral("Controls")), control->ContainerWidget(), source, label);

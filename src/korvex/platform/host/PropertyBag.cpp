@@ -34,6 +34,16 @@ bool SameValue(const Variant& a, const Variant& b)
 
 }  // namespace
 
+QStringList PropertyBag::Unread() const
+{
+    QStringList unread;
+    for (auto it = mValues.constBegin(); it != mValues.constEnd(); ++it) {
+        if (!mRead.contains(it.key()))
+            unread << it.key();
+    }
+    return unread;
+}
+
 QJsonValue PropertyBag::ToJson(const Variant& value)
 {
     switch (value.VarType()) {
@@ -113,6 +123,7 @@ Variant PropertyBag::FromJson(const QJsonValue& json)
 
 Variant PropertyBag::ReadProperty(const QString& name, const Variant& defaultValue)
 {
+    mRead.insert(name);
     mLastRead = name;
     auto it = mValues.constFind(name);
     if (it == mValues.constEnd())

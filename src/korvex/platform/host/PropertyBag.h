@@ -6,7 +6,9 @@
 #include "korvex/runtime/Variant.h"
 
 #include <QJsonObject>
+#include <QSet>
 #include <QString>
+#include <QStringList>
 
 #include <memory>
 #include <vector>
@@ -29,6 +31,8 @@ public:
     const QJsonObject& Values() const noexcept { return mValues; }
     // The name of the last property read: loading errors name it.
     const QString& LastRead() const noexcept { return mLastRead; }
+    // Stored names no one has read: after loading, properties the control does not have.
+    QStringList Unread() const;
 
     // Variant to and from the JSON kept in the bag; raises 13 for values that cannot be stored.
     static QJsonValue ToJson(const Variant& value);
@@ -37,6 +41,7 @@ public:
 private:
     QJsonObject mValues;
     QString mLastRead;
+    QSet<QString> mRead;
     std::vector<std::shared_ptr<QObject>> mKeep;
 };
 

@@ -9,6 +9,7 @@
 
 #include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QSignalBlocker>
 #include <QTextBlock>
 
 namespace korvex {
@@ -63,14 +64,22 @@ QString TextBox::Text() const
 
 void TextBox::SetText(const QString& text)
 {
-    if (text == Text())
+    const QString before = Text();
+    if (text == before)
         return;
-    if (mMulti) {
-        QString plain = text;
-        mMulti->setPlainText(plain.replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
-    } else {
-        mLine->setText(mMaxLength > 0 ? text.left(mMaxLength) : text);
+    {
+        // The host's own write raises Change itself, outside Qt's code, so that an error of its
+        // Change handler reaches the host; Qt's notice is for what the user types.
+        const QSignalBlocker quiet(mMulti ? static_cast<QObject*>(mMulti) : mLine);
+        if (mMulti) {
+            QString plain = text;
+            mMulti->setPlainText(plain.replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
+        } else {
+            mLine->setText(mMaxLength > 0 ? text.left(mMaxLength) : text);
+        }
     }
+    if (Text() != before)
+        emit Change();
 }
 
 void TextBox::SetLocked(bool locked)

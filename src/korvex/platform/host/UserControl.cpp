@@ -121,6 +121,17 @@ void UserControl::SetInvisibleAtRunTime()
         hide();
 }
 
+bool UserControl::Visible() const
+{
+    return mInvisibleAtRunTime ? mExtenderVisible : Control::Visible();
+}
+
+void UserControl::SetVisible(bool visible)
+{
+    mExtenderVisible = visible;
+    Control::SetVisible(visible && !(mInvisibleAtRunTime && UserMode()));
+}
+
 bool UserControl::event(QEvent* event)
 {
     if (mInvisibleAtRunTime && event->type() == QEvent::ParentChange && UserMode())

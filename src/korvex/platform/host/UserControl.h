@@ -132,6 +132,13 @@ protected:
     void SetInvisibleAtRunTime();
     bool event(QEvent* event) override;
 
+public:
+    // What the host set; a control invisible at run time keeps it and stays hidden.
+    bool Visible() const override;
+    void SetVisible(bool visible) override;
+
+protected:
+
     // Lay out the inner controls to the new size.
     virtual void Resize() {}
     // Owner-drawn controls paint their surface here.
@@ -149,6 +156,7 @@ private:
     QSize mReportedSize{-1, -1};
     QList<QPointer<Control>> mInner;
     bool mInvisibleAtRunTime = false;
+    bool mExtenderVisible = true;
 };
 
 }  // namespace korvex

@@ -106,7 +106,7 @@ public:
 protected:
     void focusInEvent(QFocusEvent* event) override
     {
-        mBox->BeginEdit();
+        Guarded(mBox, [this] { mBox->BeginEdit(); });
         QLineEdit::focusInEvent(event);
     }
 
@@ -115,10 +115,17 @@ protected:
         QLineEdit::focusOutEvent(event);
         // Another window taking over leaves the edit under way as it is.
         if (event->reason() != Qt::ActiveWindowFocusReason && event->reason() != Qt::PopupFocusReason)
-            mBox->EndEdit();
+            Guarded(mBox, [this] { mBox->EndEdit(); });
     }
 
+    // The arrow keys step the value and raise the host's SpinUp, SpinDown and Change.
     void keyPressEvent(QKeyEvent* event) override
+    {
+        Guarded(mBox, [&] { PressKey(event); });
+    }
+
+private:
+    void PressKey(QKeyEvent* event)
     {
         const Qt::KeyboardModifiers plain = event->modifiers() & ~Qt::KeypadModifier;
         if ((event->key() == Qt::Key_Up || event->key() == Qt::Key_Down) && plain == Qt::NoModifier) {
@@ -140,7 +147,6 @@ protected:
         QLineEdit::keyPressEvent(event);
     }
 
-private:
     // "-" anywhere in the number turns its sign; the validator refuses a sign the format does
     // not allow.
     void ToggleSign()

@@ -195,7 +195,6 @@ void FoldedText::Append(QStringView text)
     if (mStart.empty())
         mStart.push_back(0);
     AppendFolded(text, mBytes);
-    mBytes.push_back(Separator);
     mStart.push_back(static_cast<std::uint32_t>(mBytes.size()));
 }
 
@@ -203,13 +202,12 @@ void FoldedText::Set(RowId row, QStringView text)
 {
     // The old place is blanked so that searches of the packed bytes no longer find the row there.
     if (auto it = mMoved.find(row); it != mMoved.end())
-        std::fill_n(mTail.begin() + it->second.start, it->second.length, Separator);
+        std::fill_n(mTail.begin() + it->second.start, it->second.length, Blank);
     else
-        std::fill(mBytes.begin() + mStart[row], mBytes.begin() + mStart[row + 1] - 1, Separator);
+        std::fill(mBytes.begin() + mStart[row], mBytes.begin() + mStart[row + 1], Blank);
     const auto start = static_cast<std::uint32_t>(mTail.size());
     AppendFolded(text, mTail);
     mMoved[row] = {start, static_cast<std::uint32_t>(mTail.size() - start)};
-    mTail.push_back(Separator);
     if (mTail.size() > mBytes.size() / CompactDivisor + CompactSlack)
         Compact();
 }
@@ -223,7 +221,6 @@ void FoldedText::Compact()
     start.push_back(0);
     for (RowId row = 0; row + 1 < mStart.size(); ++row) {
         bytes.append(View(row));
-        bytes.push_back(Separator);
         start.push_back(static_cast<std::uint32_t>(bytes.size()));
     }
     mBytes = std::move(bytes);
@@ -249,6 +246,10 @@ std::vector<RowId> FoldedText::Containing(std::string_view needle) const
         }
         const auto limit = std::min(probe + static_cast<std::ptrdiff_t>(step), mStart.end());
         row = std::upper_bound(probe, limit, static_cast<std::uint32_t>(at)) - 1;
+        if (at + needle.size() > *(row + 1)) {
+            at = FindBytes(bytes, needle, at + 1);  // runs on into the next row: no match
+            continue;
+        }
         rows.push_back(static_cast<RowId>(row - mStart.begin()));
         at = FindBytes(bytes, needle, *(row + 1));  // one hit a row is enough
     }

@@ -49,16 +49,16 @@ struct FoldedPattern {
 
 class FoldedText {
 public:
-    // Never part of a folded text (no UTF-8 byte is 0xFF), so no match runs from one row into
-    // the next.
-    static constexpr char Separator = '\xFF';
+    // Never part of a folded text (no UTF-8 byte is 0xFF): the old place of a changed row is
+    // filled with it, so that no search finds the row there.
+    static constexpr char Blank = '\xFF';
 
     template <class TextOf>
     void Build(RowId rows, TextOf textOf)
     {
         std::size_t bytes = 0;
         for (RowId row = 0; row < rows; ++row)
-            bytes += FoldedSize(textOf(row)) + 1;
+            bytes += FoldedSize(textOf(row));
         mBytes.clear();
         mBytes.reserve(bytes);
         mStart.clear();
@@ -79,7 +79,7 @@ public:
             if (auto it = mMoved.find(row); it != mMoved.end())
                 return std::string_view(mTail).substr(it->second.start, it->second.length);
         }
-        return std::string_view(mBytes).substr(mStart[row], mStart[row + 1] - mStart[row] - 1);
+        return std::string_view(mBytes).substr(mStart[row], mStart[row + 1] - mStart[row]);
     }
     // Rows whose folded text contains `needle` (not empty), ascending.
     std::vector<RowId> Containing(std::string_view needle) const;
@@ -94,10 +94,10 @@ private:
     static std::size_t FoldedSize(QStringView text) noexcept;
     void Compact();
 
-    std::string mBytes;                 // rows in order, each ended by Separator
+    std::string mBytes;                 // rows in order, back to back
     std::vector<std::uint32_t> mStart;  // where each row starts; one more entry for the end
-    // Rows changed since the last compaction: their place in mBytes is blanked with Separator
-    // and their text lives in mTail.
+    // Rows changed since the last compaction: their place in mBytes is filled with Blank and
+    // their text lives in mTail.
     std::unordered_map<RowId, Slot> mMoved;
     std::string mTail;
 };

@@ -66,13 +66,13 @@ void Column::Append(const Variant& value)
         mSlots.push_back(0);
     Store(row, value);
     if (mFolded)
-        mFolded->Append(Text(row));
+        mFolded->Append(mStorage == StorageKind::Text ? Text(row) : QStringView());
 }
 
 void Column::Set(RowId row, const Variant& value)
 {
     Store(row, value);
-    if (mFolded)
+    if (mFolded && mStorage == StorageKind::Text)
         mFolded->Set(row, Text(row));
 }
 

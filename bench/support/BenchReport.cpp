@@ -1,4 +1,5 @@
-// Collects the mean real time of every benchmark run and prints the declared comparisons.
+// Collects the real time of every benchmark run (the median of its repetitions when it is
+// repeated) and prints the declared comparisons.
 #include "bench/support/BenchReport.h"
 
 #include <cstdio>
@@ -56,17 +57,35 @@ public:
     {
         ConsoleReporter::ReportRuns(runs);
         for (const Run& run : runs) {
-            if (run.run_type != Run::RT_Iteration || Skipped(run))
+            // A benchmark run several times (Repetitions) is judged by its median.
+            const bool median = run.run_type == Run::RT_Aggregate && run.aggregate_name == "median";
+            if ((run.run_type != Run::RT_Iteration && !median) || Skipped(run))
                 continue;
             Result r;
             r.seconds = run.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(run.time_unit);
             auto it = run.counters.find("bytes_per_second");
             if (it != run.counters.end())
                 r.bytesPerSecond = it->second.value;
-            results[run.benchmark_name()] = r;
+            // Known by the function's name (and arguments), without the run settings that a
+            // registration adds ("/iterations:1/repeats:5").
+            std::string name = run.run_name.function_name;
+            if (!run.run_name.args.empty())
+                name += "/" + run.run_name.args;
+            if (median) {
+                medians[name] = r;
+            } else {
+                results[run.benchmark_name()] = r;
+                results.emplace(name, r);
+            }
         }
     }
+    void PreferMedians()
+    {
+        for (const auto& [name, r] : medians)
+            results[name] = r;
+    }
     std::map<std::string, Result> results;
+    std::map<std::string, Result> medians;
 };
 
 std::string Human(double seconds, std::string& unit)
@@ -120,6 +139,7 @@ int Main(int argc, char** argv)
     CollectingReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
+    reporter.PreferMedians();
 
     int status = 0;
     for (const Comparison& c : Comparisons()) {

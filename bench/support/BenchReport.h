@@ -2,7 +2,8 @@
 // compared with which reference, and call korvex::bench::Main. After the runs it prints one
 // summary line per comparison:
 //   BENCH <name>: <value> <unit> vs <reference> <value> <unit> = <ratio>x (goal <= <target>x) OK|MISS
-// Ratios come from the same run, so a noisy machine moves both sides together.
+// Ratios come from the same run, so a noisy machine moves both sides together. A benchmark
+// registered with Repetitions(n) is judged by the median of its n runs.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -11,7 +12,7 @@
 
 namespace korvex::bench {
 
-// measured / reference (mean real time per iteration) must stay at or below `maxRatio`.
+// measured / reference (real time per iteration) must stay at or below `maxRatio`.
 void CompareTime(const std::string& name, const std::string& measured, const std::string& reference, double maxRatio);
 // An absolute goal on one measurement, in milliseconds or microseconds ("ms", "us"), still
 // printed beside its reference.

@@ -103,7 +103,7 @@ TEST(RecordsetFilter, RefusedCriteriaRaise3001AndLeaveFilterSortAndPosition)
 
     const QString deep = QString(100, u'(') + "Qty = 1" + QString(100, u')');
     const char* filters[] = {
-        "Name", "Name =", "= 'a'", "Name = 'a", "Born = #1/1/2000", "Name LIKE 'a*b'", "Name LIKE 5",
+        "Name", "Name =", "= 'a'", "Name = 'a", "Born = #1/1/2000", "Name LIKE 5",
         "(Name = 'a' OR Code = 'b') AND Qty = 1",  // ADO refuses an OR group joined by AND
         "Nope = 1", "Qty = 'abc'", "Name = 'a' AND", "Name == 'a'", "Name = 'a')", "((Name = 'a')",
         "Qty < Null", "Name = 'a' XOR Code = 'b'", "Born = #not a date#", "Name = True", "Name LIKE Null",
@@ -116,7 +116,7 @@ TEST(RecordsetFilter, RefusedCriteriaRaise3001AndLeaveFilterSortAndPosition)
     EXPECT_EQ(ErrorOf([&] { rs->SetFilter(Variant::Array({Variant(1.0)})); }), adErrInvalidArgument);
     for (const char* s : {"Code DESCX", "Code,", ", Code", "Nope", "Code ASC DESC", "'Code'"})
         EXPECT_EQ(ErrorOf([&] { rs->SetSort(s); }), adErrInvalidArgument) << s;
-    for (const char* f : {"Code = 'a' AND Qty = 1", "", "Qty", "Name LIKE '*a*b'"})
+    for (const char* f : {"Code = 'a' AND Qty = 1", "", "Qty"})
         EXPECT_EQ(ErrorOf([&] { rs->Find(f); }), adErrInvalidArgument) << f;
     EXPECT_EQ(ErrorOf([&] { rs->Find("Qty = 1", 0, 0); }), adErrInvalidArgument) << "no such direction";
     EXPECT_EQ(ErrorOf([&] { rs->Find("Qty = 1", 0, adSearchForward, Variant(7)); }), adErrInvalidArgument);

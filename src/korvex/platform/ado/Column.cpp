@@ -64,10 +64,28 @@ void Column::Append(const Variant& value)
         mText.emplace_back();
     else
         mSlots.push_back(0);
-    Set(row, value);
+    Store(row, value);
+    if (mFolded)
+        mFolded->Append(mStorage == StorageKind::Text ? Text(row) : QStringView());
 }
 
 void Column::Set(RowId row, const Variant& value)
+{
+    Store(row, value);
+    if (mFolded && mStorage == StorageKind::Text)
+        mFolded->Set(row, Text(row));
+}
+
+const FoldedText& Column::Folded() const
+{
+    if (!mFolded) {
+        mFolded = std::make_unique<FoldedText>();
+        mFolded->Build(mRows, [this](RowId row) { return mStorage == StorageKind::Text ? Text(row) : QStringView(); });
+    }
+    return *mFolded;
+}
+
+void Column::Store(RowId row, const Variant& value)
 {
     const bool null = value.IsNull() || value.IsEmpty();
     SetNull(row, null);
@@ -136,7 +154,8 @@ double Column::Number(RowId row) const noexcept
 std::size_t Column::BytesAllocated() const noexcept
 {
     return mText.capacity() * sizeof(TextArena::Ref) + mArena.BytesAllocated() +
-           mSlots.capacity() * sizeof(std::uint64_t) + mNull.capacity() * sizeof(std::uint64_t);
+           mSlots.capacity() * sizeof(std::uint64_t) + mNull.capacity() * sizeof(std::uint64_t) +
+           (mFolded ? mFolded->BytesAllocated() : 0);
 }
 
 }  // namespace korvex::ado

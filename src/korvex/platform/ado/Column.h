@@ -4,17 +4,17 @@
 #pragma once
 
 #include "korvex/platform/ado/FieldDef.h"
+#include "korvex/platform/ado/FoldedText.h"
 #include "korvex/platform/ado/TextArena.h"
 #include "korvex/runtime/Variant.h"
 
 #include <QStringView>
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace korvex::ado {
-
-using RowId = std::uint32_t;
 
 class Column {
 public:
@@ -30,6 +30,9 @@ public:
     StorageKind Storage() const noexcept { return mStorage; }
     // Text columns: the stored text without padding ("" for Null).
     QStringView Text(RowId row) const noexcept { return mArena.View(mText[row]); }
+    // Text columns: every row's text folded to bytes, made on first use and kept in step with
+    // every change from then on.
+    const FoldedText& Folded() const;
     // Non-text columns: the value as a number (days for dates, units for currency).
     double Number(RowId row) const noexcept;
 
@@ -37,6 +40,7 @@ public:
 
 private:
     void SetNull(RowId row, bool null) noexcept;
+    void Store(RowId row, const Variant& value);
 
     FieldDef mField;
     StorageKind mStorage;
@@ -45,6 +49,7 @@ private:
     std::vector<std::uint64_t> mSlots;
     std::vector<std::uint64_t> mNull;
     RowId mRows = 0;
+    mutable std::unique_ptr<FoldedText> mFolded;
 };
 
 }  // namespace korvex::ado

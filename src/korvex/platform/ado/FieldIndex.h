@@ -1,14 +1,13 @@
-// The index a text field gets when its "Optimize" property is True: its rows ordered by value,
-// ignoring case, so that equality and starts-with criteria are answered by binary search instead
-// of a scan. It lives in the store shared by all clones, so an edit made through any of them keeps
-// it right.
+// The index a text field gets when its "Optimize" property is True: its rows ordered by their
+// folded text, once from the front and once from the back, so that equality, starts-with and
+// ends-with criteria are answered by binary search instead of a scan. It lives in the store shared
+// by all clones, so an edit made through any of them keeps it right.
 #pragma once
 
 #include "korvex/platform/ado/Column.h"
 
-#include <QStringView>
-
 #include <span>
+#include <string_view>
 #include <vector>
 
 namespace korvex::ado {
@@ -23,23 +22,29 @@ public:
     void Add(RowId row);
     void Remove(RowId row);
 
-    // Rows whose value equals `key`, or starts with `prefix`, ignoring case; ascending row ids.
-    // Rows that are deleted or filtered out are the caller's to drop.
-    std::vector<RowId> Equal(QStringView key) const;
-    std::vector<RowId> StartingWith(QStringView prefix) const;
+    // Rows whose value equals, starts with or ends with the folded bytes given (Folded()), in
+    // ascending row order. Rows that are deleted or filtered out are the caller's to drop.
+    std::vector<RowId> Equal(std::string_view key) const;
+    std::vector<RowId> StartingWith(std::string_view prefix) const;
+    std::vector<RowId> EndingWith(std::string_view suffix) const;
 
-    std::size_t BytesAllocated() const noexcept { return (mSorted.capacity() + mPending.capacity()) * sizeof(RowId); }
+    std::size_t BytesAllocated() const noexcept
+    {
+        return (mSorted.capacity() + mReversed.capacity() + mPending.capacity()) * sizeof(RowId);
+    }
 
 private:
+    enum class Kind { Equal, Prefix, Suffix };
+    std::string_view Text(RowId row) const { return mColumn.Folded().View(row); }
     bool Less(RowId a, RowId b) const noexcept;
-    std::vector<RowId> Matching(QStringView key, bool prefix) const;
+    bool LessReversed(RowId a, RowId b) const noexcept;
+    std::vector<RowId> Matching(std::string_view key, Kind kind) const;
     void Merge();
-    template <class Keep>
-    std::vector<RowId> Collect(std::size_t from, std::size_t to, Keep keep) const;
 
     const Column& mColumn;
-    std::vector<RowId> mSorted;   // by value, then row id
-    std::vector<RowId> mPending;  // added since the last merge, in no order
+    std::vector<RowId> mSorted;    // by folded text, then row id
+    std::vector<RowId> mReversed;  // by folded text read backwards, then row id
+    std::vector<RowId> mPending;   // added since the last merge, in no order
 };
 
 }  // namespace korvex::ado

@@ -578,6 +578,9 @@ void Recordset::SetFilter(const Variant& filter)
             stored = Variant(std::int32_t{adFilterNone});
         else
             definition.criteria = std::make_shared<RowFilter>(ParseCriteria(*text), *mStore);
+        // Typing on narrows a filter: its rows are among the last answer's.
+        if (const auto& wider = mView.Def().criteria; definition.criteria && wider && definition.criteria->Narrows(*wider))
+            definition.within = mView.Selected();
     } else if (filter.IsArray()) {
         definition.byBookmarks = true;
         definition.bookmarks = RowsOfBookmarks(filter);

@@ -120,6 +120,7 @@ void RecordsetStore::DiscardAdd(RowId row, const void*)
 
 void RecordsetStore::WriteColumn(RowId row, int field, const Variant& value)
 {
+    ++mWrites;
     FieldIndex* index = (mState[row] & AddingFlag) ? nullptr : mIndexes[static_cast<std::size_t>(field)].get();
     if (index)
         index->Remove(row);

@@ -116,6 +116,9 @@ public:
     // rows. When rows come back (cancelled deletes) or the log grows too long, the log is dropped
     // and views that have not caught up start over.
     std::uint64_t Version() const noexcept { return mLogBase + mLog.size(); }
+    // Grows with every change of a value as well as of the set of rows: a result computed from the
+    // values holds while it stays the same.
+    std::uint64_t ContentVersion() const noexcept { return Version() + mWrites; }
     // The changes after `version`; nullopt when they are no longer kept.
     std::optional<std::span<const Change>> ChangesSince(std::uint64_t version) const;
 
@@ -160,6 +163,7 @@ private:
     std::unordered_map<RowId, std::map<int, Variant>> mUnderlying;
     std::vector<Change> mLog;
     std::uint64_t mLogBase = 0;
+    std::uint64_t mWrites = 0;
     std::uint32_t mBookmarkTag = 0;
     std::shared_ptr<RecordsetProvider> mProvider;
     QHash<QString, Variant> mDynamic;

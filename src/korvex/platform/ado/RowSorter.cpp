@@ -4,6 +4,7 @@
 
 #include "korvex/platform/ado/AdoError.h"
 #include "korvex/platform/ado/Criteria.h"
+#include "korvex/platform/ado/FoldedText.h"
 #include "korvex/platform/ado/TextCompare.h"
 
 #include <algorithm>
@@ -68,7 +69,7 @@ void SortRows(std::vector<RowId>& rows, const RecordsetStore& store, std::span<c
         const bool null = first.IsNull(row);
         std::uint64_t key = 0;
         if (!null)
-            key = text ? FoldedPrefixKey(first.Text(row)) : OrderedBits(first.Number(row));
+            key = text ? FoldedKey(first.Text(row)) : OrderedBits(first.Number(row));
         entries.push_back({key, row, static_cast<std::uint32_t>(i), null});
     }
     const bool firstDescending = keys[0].descending;

@@ -15,6 +15,7 @@ namespace korvex::ado {
 struct SortKey {
     int field = -1;
     bool descending = false;
+    bool operator==(const SortKey&) const = default;
 };
 
 // Reads a Sort text ("Name DESC, Code"); raises 3001 when it is malformed or names a field the

@@ -11,23 +11,92 @@ constexpr int FailureMask = ~(adRecNew | adRecModified | adRecDeleted | adRecUnm
 
 }  // namespace
 
+void RowView::Order::Index(RowId rowCount)
+{
+    // A view holding a good share of the store's rows gets a table as long as the store; a
+    // small one a sorted list.
+    dense.clear();
+    sparse.clear();
+    if (rows.size() * 8 >= rowCount) {
+        dense.assign(rowCount, 0);
+        for (std::size_t i = 0; i < rows.size(); ++i)
+            dense[rows[i]] = static_cast<std::uint32_t>(i + 1);
+    } else {
+        sparse.reserve(rows.size());
+        for (std::size_t i = 0; i < rows.size(); ++i)
+            sparse.emplace_back(rows[i], static_cast<std::uint32_t>(i));
+        std::sort(sparse.begin(), sparse.end());
+    }
+}
+
+std::optional<std::size_t> RowView::Order::Find(RowId row) const
+{
+    if (!dense.empty()) {
+        if (row < dense.size() && dense[row] != 0)
+            return dense[row] - 1;
+        return std::nullopt;
+    }
+    auto it = std::lower_bound(sparse.begin(), sparse.end(), std::pair<RowId, std::uint32_t>(row, 0));
+    if (it != sparse.end() && it->first == row)
+        return it->second;
+    return std::nullopt;
+}
+
 void RowView::Define(const RecordsetStore& store, Definition definition)
 {
     mStore = &store;
     mDef = std::move(definition);
     mNatural = !mDef.IsFiltered() && mDef.sort.empty();
     mOwnAdded.clear();
-    mRows = mNatural ? std::vector<RowId>() : Compute();
+    mSelected.reset();
     mVersion = store.Version();
-    mPositionsValid = false;
+    if (mNatural)
+        SetOrder({}, false);
+    else if (ShowsAllSorted() && mAllSorted && mAllSortedKeys == mDef.sort && mAllSortedVersion == store.ContentVersion())
+        mOrder = mAllSorted;
+    else
+        SetOrder(Compute(), !mDef.sort.empty());
+    mDef.within.reset();
 }
 
-std::vector<RowId> RowView::Compute() const
+bool RowView::ShowsAllSorted() const noexcept
+{
+    return !mDef.IsFiltered() && !mDef.sort.empty() && mOwnAdded.empty();
+}
+
+void RowView::SetOrder(std::vector<RowId> rows, bool sorted)
+{
+    mOrder = std::make_shared<Order>();
+    mOrder->rows = std::move(rows);
+    if (sorted)
+        mOrder->Index(mStore->RowCount());
+    if (ShowsAllSorted()) {
+        mAllSorted = mOrder;
+        mAllSortedKeys = mDef.sort;
+        mAllSortedVersion = mStore->ContentVersion();
+    }
+}
+
+RowView::Order& RowView::Mutable()
+{
+    if (mOrder.use_count() > 1)
+        mOrder = std::make_shared<Order>(*mOrder);
+    return *mOrder;
+}
+
+std::shared_ptr<const std::vector<RowId>> RowView::Selected() const
+{
+    return mStore && mSelectedVersion == mStore->ContentVersion() ? mSelected : nullptr;
+}
+
+std::vector<RowId> RowView::Compute()
 {
     const RecordsetStore& store = *mStore;
     std::vector<RowId> rows;
     if (mDef.criteria) {
-        rows = mDef.criteria->Select();
+        rows = mDef.criteria->Select(mDef.within.get());
+        mSelected = std::make_shared<const std::vector<RowId>>(rows);
+        mSelectedVersion = store.ContentVersion();
     } else if (mDef.byBookmarks) {
         std::copy_if(mDef.bookmarks.begin(), mDef.bookmarks.end(), std::back_inserter(rows),
                      [&](RowId row) { return store.IsVisible(row); });
@@ -82,28 +151,44 @@ bool RowView::KeepsDeleted() const noexcept
 
 void RowView::Place(RowId row)
 {
-    if (IsAscending())
-        mRows.insert(std::upper_bound(mRows.begin(), mRows.end(), row), row);
-    else
-        mRows.push_back(row);  // rows added after a sort go to the end until the next sort
-    mPositionsValid = false;
+    Order& order = Mutable();
+    if (IsAscending()) {
+        order.rows.insert(std::upper_bound(order.rows.begin(), order.rows.end(), row), row);
+        return;
+    }
+    // Rows added after a sort go to the end until the next sort.
+    order.rows.push_back(row);
+    const auto index = static_cast<std::uint32_t>(order.rows.size() - 1);
+    if (!order.dense.empty()) {
+        if (order.dense.size() <= row)
+            order.dense.resize(std::size_t{row} + 1, 0);
+        order.dense[row] = index + 1;
+    } else {
+        const std::pair<RowId, std::uint32_t> entry(row, index);
+        order.sparse.insert(std::upper_bound(order.sparse.begin(), order.sparse.end(), entry), entry);
+    }
 }
 
 void RowView::Resort(std::vector<SortKey> keys)
 {
     mDef.sort = std::move(keys);
-    mPositionsValid = false;
     if (!mDef.IsFiltered() && mDef.sort.empty()) {
         mNatural = true;
-        mRows.clear();
+        SetOrder({}, false);
         return;
     }
-    std::vector<RowId> rows = mNatural ? mStore->VisibleRows() : std::move(mRows);
+    if (ShowsAllSorted() && mAllSorted && mAllSortedKeys == mDef.sort && mAllSortedVersion == mStore->ContentVersion() &&
+        (mNatural || mOrder->rows.size() == mAllSorted->rows.size())) {
+        mNatural = false;
+        mOrder = mAllSorted;
+        return;
+    }
+    std::vector<RowId> rows = mNatural ? mStore->VisibleRows() : mOrder->rows;
     if (!std::is_sorted(rows.begin(), rows.end()))
         std::sort(rows.begin(), rows.end());  // store order, from which the sort is stable
     SortRows(rows, *mStore, mDef.sort);
-    mRows = std::move(rows);
     mNatural = false;
+    SetOrder(std::move(rows), !mDef.sort.empty());
 }
 
 void RowView::AddOwn(RowId row)
@@ -121,9 +206,8 @@ bool RowView::Sync(const RecordsetStore& store, const void* self)
     mVersion = store.Version();
     if (mNatural)
         return true;
-    mPositionsValid = false;
     if (!changes) {
-        mRows = Compute();
+        SetOrder(Compute(), !IsAscending());
         return true;
     }
     std::vector<RowId> leaving;
@@ -142,7 +226,11 @@ bool RowView::Sync(const RecordsetStore& store, const void* self)
     }
     if (!leaving.empty()) {
         std::sort(leaving.begin(), leaving.end());
-        std::erase_if(mRows, [&](RowId row) { return std::binary_search(leaving.begin(), leaving.end(), row); });
+        Order& order = Mutable();
+        const std::size_t before = order.rows.size();
+        std::erase_if(order.rows, [&](RowId row) { return std::binary_search(leaving.begin(), leaving.end(), row); });
+        if (order.rows.size() != before && !IsAscending())
+            order.Index(store.RowCount());
     }
     return true;
 }
@@ -156,15 +244,7 @@ std::optional<std::size_t> RowView::IndexOf(RowId row) const
             return static_cast<std::size_t>(it - rows.begin());
         return std::nullopt;
     }
-    if (!mPositionsValid) {
-        mPositions.assign(mStore->RowCount(), 0);
-        for (std::size_t i = 0; i < rows.size(); ++i)
-            mPositions[rows[i]] = static_cast<std::uint32_t>(i + 1);
-        mPositionsValid = true;
-    }
-    if (row < mPositions.size() && mPositions[row] != 0)
-        return mPositions[row] - 1;
-    return std::nullopt;
+    return mOrder->Find(row);
 }
 
 std::size_t RowView::GapIndex(RowId row, std::size_t previous) const

@@ -11,6 +11,7 @@
 #include "korvex/platform/ado/RowSorter.h"
 
 #include <memory>
+#include <utility>
 #include <optional>
 #include <vector>
 
@@ -25,6 +26,8 @@ public:
         FilterGroupEnum group = adFilterNone;
         std::vector<RowId> affected;   // the rows of the last batch operation, ascending
         std::vector<SortKey> sort;
+        // Rows among which every match of `criteria` lies (the answer of a wider filter).
+        std::shared_ptr<const std::vector<RowId>> within;
 
         bool IsFiltered() const noexcept { return criteria || byBookmarks || group != adFilterNone; }
     };
@@ -42,28 +45,49 @@ public:
 
     const Definition& Def() const noexcept { return mDef; }
     bool IsAscending() const noexcept { return mDef.sort.empty(); }
-    const std::vector<RowId>& Rows() const noexcept { return mNatural && mStore ? mStore->VisibleRows() : mRows; }
+    const std::vector<RowId>& Rows() const noexcept
+    {
+        return mNatural && mStore ? mStore->VisibleRows() : mOrder->rows;
+    }
     std::size_t Size() const noexcept { return Rows().size(); }
     RowId At(std::size_t index) const noexcept { return Rows()[index]; }
     std::optional<std::size_t> IndexOf(RowId row) const;
     // Where a row that has left the view stood: the index of the row that followed it.
     std::size_t GapIndex(RowId row, std::size_t previous) const;
+    // The rows the criteria let through when last computed, ascending, while no value or row of
+    // the store has changed since; null otherwise.
+    std::shared_ptr<const std::vector<RowId>> Selected() const;
 
 private:
-    std::vector<RowId> Compute() const;
+    // The rows in view order, with the way back from a row to its place for sorted views. A sort
+    // of all rows is kept aside and shared, so that clearing a filter gets it back at once.
+    struct Order {
+        std::vector<RowId> rows;
+        std::vector<std::uint32_t> dense;                      // row to index + 1
+        std::vector<std::pair<RowId, std::uint32_t>> sparse;  // (row, index), by row
+        void Index(RowId rowCount);
+        std::optional<std::size_t> Find(RowId row) const;
+    };
+
+    std::vector<RowId> Compute();
     bool Accepts(RowId row) const;
     bool KeepsDeleted() const noexcept;
     void Place(RowId row);
+    void SetOrder(std::vector<RowId> rows, bool sorted);
+    Order& Mutable();
+    bool ShowsAllSorted() const noexcept;
 
     const RecordsetStore* mStore = nullptr;
     Definition mDef;
     bool mNatural = true;
-    std::vector<RowId> mRows;
+    std::shared_ptr<Order> mOrder = std::make_shared<Order>();
     std::vector<RowId> mOwnAdded;  // ascending
     std::uint64_t mVersion = 0;
-    // Row to index + 1, built on demand for sorted views.
-    mutable std::vector<std::uint32_t> mPositions;
-    mutable bool mPositionsValid = false;
+    std::shared_ptr<const std::vector<RowId>> mSelected;
+    std::uint64_t mSelectedVersion = 0;
+    std::shared_ptr<Order> mAllSorted;
+    std::vector<SortKey> mAllSortedKeys;
+    std::uint64_t mAllSortedVersion = 0;
 };
 
 }  // namespace korvex::ado

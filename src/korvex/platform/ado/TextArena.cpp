@@ -18,7 +18,13 @@ TextArena::Ref TextArena::Add(QStringView text)
         mUsed = 0;
         mFree = size;
     }
-    Ref ref{static_cast<std::uint32_t>(mChunks.size() - 1), mUsed, length};
+    const auto chunk = static_cast<std::uint64_t>(mChunks.size() - 1);
+    std::uint64_t stored = length;
+    if (length >= LengthMask) {
+        stored = LengthMask;
+        mLongSizes[static_cast<std::uint32_t>(chunk)] = length;
+    }
+    const Ref ref{(chunk << (LengthBits + OffsetBits)) | (std::uint64_t{mUsed} << LengthBits) | stored};
     std::copy_n(text.utf16(), length, mChunks.back().get() + mUsed);
     mUsed += length;
     mFree -= length;

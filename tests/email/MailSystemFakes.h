@@ -279,7 +279,12 @@ public:
     Q_INVOKABLE void AppendText(const QString& text) { mJournal(QStringLiteral("AppendText(") + text + QLatin1Char(')')); }
     Q_INVOKABLE void EmbedObject(int type, const QString& cls, const QString& source)
     {
-        mJournal(QStringLiteral("EmbedObject(%1,%2,%3) file there: %4").arg(type).arg(cls, source).arg(QFileInfo::exists(source)));
+        // The staging folder must be the user's alone while the file sits in it.
+        const auto others = QFileDevice::ReadGroup | QFileDevice::WriteGroup | QFileDevice::ExeGroup
+                            | QFileDevice::ReadOther | QFileDevice::WriteOther | QFileDevice::ExeOther;
+        const bool privateFolder = (QFileInfo(QFileInfo(source).absolutePath()).permissions() & others) == 0;
+        mJournal(QStringLiteral("EmbedObject(%1,%2,%3) file there: %4, private: %5")
+                     .arg(type).arg(cls, source).arg(QFileInfo::exists(source)).arg(privateFolder));
     }
 
 private:

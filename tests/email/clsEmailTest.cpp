@@ -172,7 +172,7 @@ TEST_F(EmailTest, NotesSavesOrSendsTheMemo)
               (QStringList{QStringLiteral("GetDatabase(,)"), QStringLiteral("OpenMail"), QStringLiteral("CreateDocument"),
                            QStringLiteral("Form=Memo"), QStringLiteral("Subject=Invoice"),
                            QStringLiteral("CreateRichTextItem(Body)"), QStringLiteral("AppendText( )"),
-                           QStringLiteral("EmbedObject(1454,,%1) file there: 1").arg(staged), QStringLiteral("Save")}))
+                           QStringLiteral("EmbedObject(1454,,%1) file there: 1, private: 1").arg(staged), QStringLiteral("Save")}))
         << "without an address the memo is saved, not sent, and an empty text is one space";
     EXPECT_TRUE(staged.endsWith(QStringLiteral("/invoice.pdf"))) << qPrintable(staged);
     EXPECT_TRUE(QFileInfo::exists(attachment)) << "the attachment is back";

@@ -1,5 +1,5 @@
 // A local SMTP sink for tests: the Python script beside this header (aiosmtpd) started on a
-// free port of 127.0.0.1, in plain or STARTTLS mode (with a throwaway certificate) or as a
+// free port of 127.0.0.1, in plain, STARTTLS or implicit TLS mode (with a throwaway certificate) or as a
 // server that stalls, and the messages it saved read back. Tests skip when /usr/bin/python3
 // has no aiosmtpd.
 #pragma once
@@ -21,7 +21,7 @@ namespace korvex::test {
 
 class SmtpSink {
 public:
-    enum Mode { Plain, StartTls, StallAfterGreeting, StallAfterStartTls };
+    enum Mode { Plain, StartTls, ImplicitTls, StallAfterGreeting, StallAfterStartTls };
 
     static bool Available()
     {
@@ -30,10 +30,10 @@ public:
 
     explicit SmtpSink(Mode mode, const QString& login = {}, const QString& password = {})
     {
-        static const char* const modes[] = {"plain", "starttls", "stall-greeting", "stall-starttls"};
+        static const char* const modes[] = {"plain", "starttls", "tls", "stall-greeting", "stall-starttls"};
         QStringList args{QStringLiteral(KORVEX_SMTP_SINK_SCRIPT), QStringLiteral("--mode"),
                          QString::fromLatin1(modes[mode]), QStringLiteral("--dir"), mDir.path()};
-        if (mode == StartTls) {
+        if (mode == StartTls || mode == ImplicitTls) {
             MakeCertificate();
             args << QStringLiteral("--cert") << CertFile() << QStringLiteral("--key") << mDir.filePath(QStringLiteral("key.pem"));
         }

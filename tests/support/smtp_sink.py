@@ -1,6 +1,6 @@
 """A local SMTP sink for the e-mail tests.
 
-Modes: "plain" and "starttls" run aiosmtpd and save every message (raw text, envelope,
+Modes: "plain", "starttls" and "tls" (implicit TLS) run aiosmtpd and save every message (raw text, envelope,
 decoded headers and each decoded part) in the given folder; "stall-greeting" greets and then
 never answers; "stall-starttls" agrees to STARTTLS and then never starts the handshake.
 Prints "READY <port>" once it listens on 127.0.0.1. Recipients whose address starts with
@@ -55,7 +55,7 @@ class Saver:
             "from": envelope.mail_from,
             "to": envelope.rcpt_tos,
             "authenticated": bool(getattr(session, "authenticated", False)),
-            "tls": session.ssl is not None,
+            "tls": session.ssl is not None or server.transport.get_extra_info("ssl_object") is not None,
             "headers": {key: str(value) for key, value in message.items()},
             "parts": parts,
         }
@@ -74,9 +74,11 @@ def run_aiosmtpd(args):
     from aiosmtpd.smtp import AuthResult, LoginPassword
 
     kwargs = {}
-    if args.mode == "starttls":
+    context = None
+    if args.mode in ("starttls", "tls"):
         context = ssl.create_default_context(ssl.Purpose.CLIENT_AUTH)
         context.load_cert_chain(args.cert, args.key)
+    if args.mode == "starttls":
         kwargs["tls_context"] = context
         kwargs["require_starttls"] = True
     if args.auth:
@@ -89,9 +91,12 @@ def run_aiosmtpd(args):
 
         kwargs["authenticator"] = authenticator
         kwargs["auth_required"] = True
+        # aiosmtpd only knows about TLS it started itself (STARTTLS); under implicit TLS
+        # the whole connection is encrypted already.
         kwargs["auth_require_tls"] = args.mode == "starttls"
     port = free_port()
-    controller = Controller(Saver(args.dir), hostname="127.0.0.1", port=port, **kwargs)
+    controller = Controller(Saver(args.dir), hostname="127.0.0.1", port=port,
+                            ssl_context=context if args.mode == "tls" else None, **kwargs)
     controller.start()
     print("READY %d" % port, flush=True)
     stop = threading.Event()
@@ -142,7 +147,7 @@ def main():
     warnings.simplefilter("ignore")
     parser = argparse.ArgumentParser()
     parser.add_argument("--mode", default="plain",
-                        choices=["plain", "starttls", "stall-greeting", "stall-starttls"])
+                        choices=["plain", "starttls", "tls", "stall-greeting", "stall-starttls"])
     parser.add_argument("--dir", default=".")
     parser.add_argument("--cert")
     parser.add_argument("--key")

@@ -113,37 +113,40 @@ TEST(SmtpMail, BatchOverOneSessionArrivesByteForByte)
     EXPECT_TRUE(messageIds[0].endsWith(QStringLiteral("@example.com>"))) << qPrintable(messageIds[0]);
 }
 
-TEST(SmtpMail, StartTlsWithAuth)
+TEST(SmtpMail, TlsSessionsWithAuth)
 {
     SKIP_WITHOUT_SINK();
-    SmtpSink sink(SmtpSink::StartTls, QStringLiteral("clerk"), QStringLiteral("s3cret"));
-    SmtpOptions options = QuickOptions(SmtpSecurity::StartTls);
-    options.caFile = sink.CertFile();
-    options.userName = QStringLiteral("clerk");
-    options.password = QStringLiteral("wrong");
+    for (auto mode : {SmtpSink::StartTls, SmtpSink::ImplicitTls}) {
+        SCOPED_TRACE(mode == SmtpSink::StartTls ? "STARTTLS" : "implicit TLS");
+        SmtpSink sink(mode, QStringLiteral("clerk"), QStringLiteral("s3cret"));
+        SmtpOptions options = QuickOptions(mode == SmtpSink::StartTls ? SmtpSecurity::StartTls : SmtpSecurity::ImplicitTls);
+        options.caFile = sink.CertFile();
+        options.userName = QStringLiteral("clerk");
+        options.password = QStringLiteral("wrong");
 
-    SmtpMail mail;
-    mail.SetSMTPHost(sink.Server());
-    mail.SetOptions(options);
-    EXPECT_FALSE(mail.Connect()) << "a wrong password ends the session before any mail";
+        SmtpMail mail;
+        mail.SetSMTPHost(sink.Server());
+        mail.SetOptions(options);
+        EXPECT_FALSE(mail.Connect()) << "a wrong password ends the session before any mail";
 
-    options.password = QStringLiteral("s3cret");
-    mail.SetOptions(options);
-    ASSERT_TRUE(mail.Connect()) << qPrintable(mail.LastError());
-    mail.SetFrom(QStringLiteral("clerk@example.com"));
-    mail.SetRecipient(QStringLiteral("boss@example.com"));
-    mail.SetSubject(QStringLiteral("Over TLS"));
-    mail.SetMessage(QStringLiteral("secret figures"));
-    EXPECT_TRUE(mail.Send()) << qPrintable(mail.LastError());
-    const QJsonObject message = sink.Message(1);
-    EXPECT_TRUE(message[QStringLiteral("tls")].toBool());
-    EXPECT_TRUE(message[QStringLiteral("authenticated")].toBool());
-    EXPECT_EQ(SmtpSink::PartBytes(message, 0), "secret figures");
+        options.password = QStringLiteral("s3cret");
+        mail.SetOptions(options);
+        ASSERT_TRUE(mail.Connect()) << qPrintable(mail.LastError());
+        mail.SetFrom(QStringLiteral("clerk@example.com"));
+        mail.SetRecipient(QStringLiteral("boss@example.com"));
+        mail.SetSubject(QStringLiteral("Over TLS"));
+        mail.SetMessage(QStringLiteral("secret figures"));
+        EXPECT_TRUE(mail.Send()) << qPrintable(mail.LastError());
+        const QJsonObject message = sink.Message(1);
+        EXPECT_TRUE(message[QStringLiteral("tls")].toBool());
+        EXPECT_TRUE(message[QStringLiteral("authenticated")].toBool());
+        EXPECT_EQ(SmtpSink::PartBytes(message, 0), "secret figures");
 
-    // Without the certificate in the trusted set the server is not believed.
-    options.caFile.clear();
-    mail.SetOptions(options);
-    EXPECT_FALSE(mail.Connect());
+        // Without the certificate in the trusted set the server is not believed.
+        options.caFile.clear();
+        mail.SetOptions(options);
+        EXPECT_FALSE(mail.Connect());
+    }
 }
 
 TEST(SmtpMail, StalledAndRefusedServersEndInFailure)

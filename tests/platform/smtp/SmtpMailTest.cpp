@@ -61,7 +61,7 @@ SmtpOptions QuickOptions(SmtpSecurity security = SmtpSecurity::None)
     return options;
 }
 
-TEST(SmtpMail, BatchOverOneSessionArrivesByteForByte)
+TEST(SmtpMail, BatchWithAttachmentsArrivesByteForByte)
 {
     SKIP_WITHOUT_SINK();
     SmtpSink sink(SmtpSink::Plain);

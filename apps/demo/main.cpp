@@ -3,6 +3,7 @@
 // machines without a display.
 #include "CustomerScreen.h"
 #include "DemoDatabase.h"
+#include "EmailScreen.h"
 #include "MainForm.h"
 
 #include "korvex/core/clsPublic.h"
@@ -94,6 +95,7 @@ int main(int argc, char** argv)
     main.OpenForm(QStringLiteral("frmLabels"));
     main.OpenForm(QStringLiteral("frmInputs"));
     main.OpenForm(QStringLiteral("frmNumbers"));
+    new demo::EmailScreen(*main.OpenForm(QStringLiteral("frmEmail")));
     // Screenshots work on a fresh database of their own; the demo keeps its data between runs.
     QTemporaryDir scratch;
     korvex::Form* customers = nullptr;

@@ -45,6 +45,9 @@ TEST(Environment, RegistryStringsAndProgramFiles)
     auto key = RegistryKey::Open(HKEY_LOCAL_MACHINE, QStringLiteral("SOFTWARE\\Microsoft\\Windows\\CurrentVersion"));
     ASSERT_TRUE(key.has_value());
     EXPECT_EQ(RegQueryString(*key, QStringLiteral("ProgramFilesDir")), dir.path()) << "the trailing zero goes";
+    EXPECT_EQ(RegQueryString(*key, QStringLiteral("ProgramFilesDir"), REG_DWORD), dir.path())
+        << "a string value is read whatever type is asked for";
+    EXPECT_EQ(RegQueryString(*key, QStringLiteral("ProgramFilesDir"), REG_BINARY), dir.path());
     EXPECT_EQ(RegQueryString(*key, QStringLiteral("Version")), "") << "a number is no text";
     EXPECT_EQ(RegQueryString(*key, QStringLiteral("Missing")), "");
     RegistryKey::SetLocations({}, {});

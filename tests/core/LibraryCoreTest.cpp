@@ -241,6 +241,15 @@ TEST_F(CoreTest, LibMsgBoxComposesTitleAndPrompt)
     LibMsgBox(onlyNumber, vbExclamation, QStringLiteral("Mine"), 5);
     EXPECT_EQ(onlyNumber, "Failed\r\n\r\nError '5'");
     EXPECT_EQ(boxes.shown().last().title, "Mine");
+
+    // Only spaces are trimmed: a tab or line break is text.
+    QString tabbed = QStringLiteral("Failed");
+    LibMsgBox(tabbed, vbExclamation, QStringLiteral("\t"), 5, QStringLiteral("\r\n"));
+    EXPECT_EQ(tabbed, "Failed\r\n\r\nError '5' : \r\n");
+    EXPECT_EQ(boxes.shown().last().title, "\t");
+    QString spaced = QStringLiteral("Failed");
+    LibMsgBox(spaced, vbExclamation, QString(), 0, QStringLiteral("  "));
+    EXPECT_EQ(spaced, "Failed") << "a description of spaces only is no description";
 }
 
 }  // namespace

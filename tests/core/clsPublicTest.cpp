@@ -67,6 +67,8 @@ TEST(clsPublic, FieldMissingTellsTheUserAndFocusesTheControl)
 
     name->SetText(QStringLiteral("Ada"));
     EXPECT_FALSE(p.FieldMissing(name, Variant("Name")));
+    name->SetText(QStringLiteral("\t"));
+    EXPECT_FALSE(p.FieldMissing(name, Variant("Name"))) << "only spaces are trimmed: a tab is a value";
     EXPECT_TRUE(p.FieldMissing(caption, Variant("Anything"))) << "a kind that is not read counts as missing";
     EXPECT_EQ(boxes.shown().size(), 2);
 }

@@ -24,6 +24,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QLineEdit>
+#include <QSignalSpy>
 #include <QTest>
 
 #include <cmath>
@@ -309,6 +310,19 @@ TEST_P(BindingOnDatabase, RequiredFieldsAndARefusedRowKeepTheEdit)
     EXPECT_TRUE(user.source->Save());
     EXPECT_EQ(Stored("Name", 1), "Ada King");
     EXPECT_EQ(CDbl(Variant(Stored("Balance", 1))), 5.0);
+}
+
+TEST_P(BindingOnDatabase, ResyncShowsWhatAnotherUserSaved)
+{
+    CustomerForm user(mText);
+    ASSERT_TRUE(user.Seek(3));
+    EXPECT_EQ(user.city->Text(), "Paris");
+    mConnection->Execute(QStringLiteral("UPDATE customers SET \"City\" = 'Lyon' WHERE \"CustomerId\" = 3"));
+    QSignalSpy moves(user.source, &DataBindingSource::RecordMove);
+    EXPECT_TRUE(user.source->Resync().IsEmpty());
+    EXPECT_EQ(user.city->Text(), "Lyon") << "the record is shown again with the fresh values";
+    EXPECT_EQ(CLng(ado::test::ValueOf(user.rs, "CustomerId")), 3) << "on the same record";
+    EXPECT_GE(moves.count(), 1);
 }
 
 TEST_P(BindingOnDatabase, ANumberBeyondItsRangeIsSavedAsTheUserWasTold)

@@ -22,9 +22,12 @@
 #include "tests/support/RaisedError.h"
 #include "tests/support/PinnedSettings.h"
 #include "tests/support/Printers.h"
+#include "tests/platform/adosql/TestServers.h"
 
+#include <QApplication>
 #include <QLineEdit>
 
+#include <cmath>
 #include <functional>
 #include <QSignalSpy>
 #include <QTest>
@@ -571,6 +574,164 @@ TEST_F(BindingTest, TheRecordsetCanBeSetByName)
               vbErrTypeMismatch);
     SetProperty(source, QStringLiteral("Recordset"), Variant::Nothing());
     EXPECT_EQ(source->Recordset(), nullptr);
+}
+
+TEST_F(BindingTest, CancelBatchReturnsToARecordFromBofEofAndADeletedOne)
+{
+    auto* name = Add<TextBox>("txtName", "Name");
+    DataBindingSource* source = Source();
+    source->SetAutoSaveBatch(false);
+    auto rs = Customers();
+    source->SetRecordset(rs);
+
+    rs->MoveLast();
+    rs->MoveNext();
+    ASSERT_TRUE(rs->IsEOF());
+    source->CancelBatch();
+    EXPECT_FALSE(rs->IsEOF()) << "from EOF back onto a record: the re-sort starts at the first";
+    EXPECT_EQ(name->Text(), "Ada");
+
+    rs->MoveFirst();
+    rs->MovePrevious();
+    ASSERT_TRUE(rs->IsBOF());
+    source->CancelBatch();
+    EXPECT_FALSE(rs->IsBOF()) << "from BOF to the first record";
+    EXPECT_EQ(name->Text(), "Ada");
+
+    // A deleted record that the cancel brings back is shown again where it was.
+    source->Delete();
+    EXPECT_EQ(name->Text(), "Brian") << "the neighbour after a delete";
+    rs->SetFilter(Variant(adFilterPendingRecords));
+    EXPECT_EQ(rs->RecordCount(), 1) << "without AutoSaveBatch the delete is only pending";
+    rs->SetFilter(Variant(0));
+    source->CancelBatch();
+    EXPECT_EQ(rs->RecordCount(), 3);
+    EXPECT_EQ(source->EditMode(), ZqDataViewOnly);
+    EXPECT_FALSE(rs->IsBOF() || rs->IsEOF());
+
+    // Delete, then SaveBatch by hand: now it is written and cannot be cancelled.
+    rs->MoveFirst();
+    source->Delete();
+    EXPECT_TRUE(source->SaveBatch());
+    source->CancelBatch();
+    EXPECT_EQ(rs->RecordCount(), 2);
+    EXPECT_EQ(name->Text(), "Brian");
+
+    // On a record deleted while the batch is cancelled: the next one is shown.
+    auto clone = rs->Clone();
+    rs->MoveFirst();
+    clone->MoveFirst();
+    clone->Delete(adAffectCurrent);
+    clone->UpdateBatch();
+    source->CancelBatch();
+    EXPECT_EQ(name->Text(), "Chloe");
+    EXPECT_FALSE(rs->IsEOF());
+}
+
+TEST_F(BindingTest, EditableFollowsEnabledLockedAndReadOnlyPerKind)
+{
+    auto* name = Add<TextBox>("txtName", "Name");
+    auto* active = Add<CheckBox>("chkActive", "Active");
+    auto* visits = Add<ZqNumber>("zqnVisits", "Visits");
+    auto* joined = Add<test::FakeDate>("dtpJoined", "Joined");
+    auto* region = Add<test::FakeCombo>("cboRegion", "Region");
+    auto* contact = Add<test::FakeDropdown>("ddContact", "Contact");
+    auto* code = Add<test::FakeProdCode>("txtCode", "CustomerId");
+    DataBindingSource* source = Source();
+    source->SetRecordset(Customers());
+    const auto editable = [&](short ctl) { return source->BoundControlEditable(0, ctl); };
+    for (short i = 1; i <= 7; ++i)
+        EXPECT_TRUE(editable(i)) << i;
+    visits->SetReadOnly(true);
+    joined->readOnly = true;
+    contact->readOnly = true;
+    region->locked = true;
+    code->locked = true;
+    EXPECT_FALSE(editable(3)) << "ZqNumber read-only";
+    EXPECT_FALSE(editable(4)) << "a date read-only";
+    EXPECT_FALSE(editable(5)) << "a combo locked";
+    EXPECT_FALSE(editable(6)) << "a dropdown read-only";
+    EXPECT_FALSE(editable(7)) << "a product code locked";
+    EXPECT_TRUE(source->BoundControlEditable(3, 0)) << "the check box of field 3 has neither";
+    name->SetEnabled(false);
+    active->SetEnabled(false);
+    EXPECT_FALSE(editable(1));
+    EXPECT_FALSE(editable(2)) << "a disabled control is never editable";
+    EXPECT_FALSE(editable(8)) << "no such control";
+}
+
+TEST_F(BindingTest, UnloadErasesTheBoundListAndTheNextDisplayFindsThemAgain)
+{
+    auto* name = Add<TextBox>("txtName", "Name");
+    DataBindingSource* source = Source();
+    auto rs = Customers();
+    source->SetRecordset(rs);
+    ASSERT_EQ(source->BoundControls().size(), 1);
+    ASSERT_TRUE(form.UnloadForm());
+    EXPECT_TRUE(source->BoundControls().isEmpty());
+    rs->MoveNext();
+    EXPECT_EQ(source->BoundControls(), QList<QObject*>{name});
+    EXPECT_EQ(name->Text(), "Brian");
+}
+
+TEST_F(BindingTest, UpperCaseStampFieldsAreStamped)
+{
+    auto rs = std::make_shared<Recordset>();
+    rs->Fields()->Append(QStringLiteral("Name"), adVarWChar, 30, adFldIsNullable);
+    rs->Fields()->Append(QStringLiteral("UPDATED_BY"), adVarWChar, 20, adFldIsNullable);
+    rs->Fields()->Append(QStringLiteral("updated_at"), adDate, 0, adFldIsNullable);
+    rs->Open();
+    rs->AddNew(Variant::Array({"Name", "UPDATED_BY"}), Variant::Array({"Ada", "nobody"}));
+    rs->UpdateBatch();
+    rs->MoveFirst();
+    auto* name = Add<TextBox>("txtName", "Name");
+    DataBindingSource* source = Source();
+    source->SetRecordset(rs);
+    test::PrivateFolder folder;
+    auto connection = std::make_shared<Connection>();
+    connection->Open(QStringLiteral("Provider=SQLite;Data Source=") + folder.File(QStringLiteral("clock.db")));
+    auto database = clsDatabase::Create();
+    database->SetGcn(connection);
+    Clerk clerk;
+    SharedContext::ForThisThread().User = &clerk;
+    source->Edit();
+    name->SetText(QStringLiteral("Adele"));
+    EXPECT_TRUE(source->Save());
+    EXPECT_EQ(rs->Fields()->Item(QStringLiteral("UPDATED_BY"))->Value(), Variant("clerk7"));
+    const Variant at = rs->Fields()->Item(QStringLiteral("updated_at"))->Value();
+    ASSERT_FALSE(at.IsNull()) << "stamped with the server's time";
+    EXPECT_LT(std::abs(CDbl(at) - CDbl(Variant(database->ServerDateTime()))), 10.0 / 86400);
+    SharedContext::ForThisThread().User = nullptr;
+    database->SetGcn(nullptr);
+    QTest::qWait(1100);  // the clock's refresh timer ends before the test does
+}
+
+TEST_F(BindingTest, SaveIsRefusedByValidationAndOnlyTheFirstControlOfAFieldIsSaved)
+{
+    auto* name = Add<TextBox>("txtName", "Name");
+    auto* again = Add<TextBox>("txtNameAgain", "Name");
+    auto* city = Add<TextBox>("txtCity", "City");
+    DataBindingSource* source = Source();
+    auto rs = Customers();
+    source->SetRecordset(rs);
+    form.show();
+    QApplication::setActiveWindow(&form);
+    city->SetFocus();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return city->LineEdit()->hasFocus(); }, 1000));
+    bool refuse = true;
+    QObject::connect(city, &Control::Validate, [&](bool& cancel) { cancel = refuse; });
+
+    source->Edit();
+    name->SetText(QStringLiteral("First"));
+    again->SetText(QStringLiteral("Second"));
+    city->SetText(QStringLiteral("Nowhere"));
+    EXPECT_FALSE(source->Save()) << "the focused control would not let go";
+    EXPECT_EQ(source->EditMode(), ZqDataEditing);
+    EXPECT_EQ(rs->Fields()->Item(QStringLiteral("City"))->Value(), Variant("London")) << "nothing written";
+    refuse = false;
+    EXPECT_TRUE(source->Save());
+    EXPECT_EQ(rs->Fields()->Item(QStringLiteral("Name"))->Value(), Variant("First")) << "the first control of the field";
+    EXPECT_EQ(rs->Fields()->Item(QStringLiteral("City"))->Value(), Variant("Nowhere"));
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include "korvex/platform/ado/Properties.h"
 #include "korvex/platform/ado/Property.h"
 #include "korvex/runtime/Conversions.h"
+#include "korvex/runtime/LateBinding.h"
 
 #include <gtest/gtest.h>
 
@@ -191,6 +192,31 @@ TEST(DatabaseHelper, ServerClockAsksAtMostOncePerSecond)
     EXPECT_GT(ToQDateTime(third).msecsTo(ToQDateTime(first)), -3000);
     EXPECT_GE(ToQDateTime(first).msecsTo(ToQDateTime(third)), 1000);
     QTest::qWait(1100);  // the last refresh timer ends before the test does
+}
+
+TEST(DatabaseHelper, MembersAreReachableByName)
+{
+    std::shared_ptr<clsDatabase> database = clsDatabase::Create();
+    korvex::test::PrivateFolder folder;
+    auto earlier = std::make_shared<Connection>();
+    earlier->Open(QStringLiteral("Provider=SQLite;Data Source=") + folder.File(QStringLiteral("earlier.db")));
+    database->SetGcn(earlier);
+    database->ServerDateTime();
+    earlier->Close();
+    // A new shared connection: the clock is read through it, not through the closed one.
+    auto connection = std::make_shared<Connection>();
+    connection->Open(QStringLiteral("Provider=SQLite;Data Source=") + folder.File(QStringLiteral("named.db")));
+    SetProperty(database.get(), QStringLiteral("gcn"), Variant(std::static_pointer_cast<QObject>(connection)));
+    EXPECT_EQ(connection, database->gcn());
+    EXPECT_EQ(connection.get(), GetProperty(database.get(), QStringLiteral("gcn")).Object());
+    EXPECT_EQ(ST_SQLite, CLng(GetProperty(database.get(), QStringLiteral("ServerType"))));
+    const Variant now = GetProperty(database.get(), QStringLiteral("ServerDateTime"));
+    EXPECT_EQ(vbDate, VarType(now));
+    EXPECT_LT(SecondsFromNow(CDate(now)), 2.0);
+    EXPECT_EQ(vbErrTypeMismatch, ErrorOf([&] { SetProperty(database.get(), QStringLiteral("gcn"), Variant(1)); }));
+    SetProperty(database.get(), QStringLiteral("gcn"), Variant::Nothing());
+    EXPECT_EQ(nullptr, database->gcn());
+    QTest::qWait(1100);  // the clock's refresh timer ends before the test does
 }
 
 TEST(DatabaseHelper, PostgreSqlServerTimeOnItsOwnThread)

@@ -62,8 +62,11 @@ QString AddBackslash(const QString& path)
 
 QString RegQueryString(const RegistryKey& key, const QString& valueName, int valueType)
 {
+    // The type argument is the caller's expectation, not a filter: a string value is read
+    // whatever it says.
+    Q_UNUSED(valueType);
     const auto value = key.Value(valueName);
-    if (!value || !value->IsString() || (valueType != REG_SZ && valueType != REG_EXPAND_SZ))
+    if (!value || !value->IsString())
         return {};
     QString text = *value->As<QString>();
     if (text.endsWith(QChar(0)))

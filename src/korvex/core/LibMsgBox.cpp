@@ -5,20 +5,21 @@
 #include "korvex/platform/host/Form.h"
 #include "korvex/platform/host/Screen.h"
 #include "korvex/platform/desktop/MessageBoxService.h"
+#include "korvex/runtime/Conversions.h"
 
 namespace korvex {
 
 int LibMsgBox(QString& Prompt, int Buttons, QString Title, int ErrNo, const QString& ErrDesc)
 {
     Form* active = Screen::Instance()->ActiveForm();
-    if (Title.trimmed().isEmpty()) {
+    if (Trim(Title).isEmpty()) {
         Title = App::Instance()->Title();
         static const QStringList plainTitled = {QStringLiteral("frmMDI"), QStringLiteral("frmPrint"),
                                                 QStringLiteral("frmPrintForm")};
         if (active && !plainTitled.contains(active->Name()))
             Title += QStringLiteral(" - ") + active->Caption();
     }
-    const QString description = ErrDesc.trimmed();
+    const QString description = Trim(ErrDesc);
     if (description.size() + ErrNo >= 1) {
         Prompt += QStringLiteral("\r\n\r\n");
         if (ErrNo > 0) {

@@ -82,7 +82,7 @@ bool clsPublic::FieldMissing(QObject* ControlToCheck, const Variant& Caption, QO
         value = GetProperty(ControlToCheck, QStringLiteral("Value"));
     else if (type == QLatin1String("ZqDropdown"))
         value = GetProperty(ControlToCheck, QStringLiteral("BoundValue"));
-    const bool missing = value.IsNull() || value.IsEmpty() || CStr(value).trimmed().isEmpty();
+    const bool missing = value.IsNull() || value.IsEmpty() || Trim(CStr(value)).isEmpty();
     if (!missing)
         return false;
 

@@ -93,7 +93,33 @@ std::shared_ptr<Connection> clsDatabase::gcn() const
 
 void clsDatabase::SetGcn(std::shared_ptr<Connection> connection)
 {
+    if (connection != SharedContext::ForThisThread().gcn) {
+        // The server's clock was read through the old connection: read it afresh through the new.
+        Clock().recordset.reset();
+        Clock().refresh = false;
+    }
     SharedContext::ForThisThread().gcn = std::move(connection);
+}
+
+Variant clsDatabase::GcnVariant() const
+{
+    const auto connection = gcn();
+    return connection ? Variant(std::static_pointer_cast<QObject>(connection)) : Variant::Nothing();
+}
+
+void clsDatabase::SetGcnVariant(const Variant& connection)
+{
+    if (!connection.IsObject())
+        Raise(vbErrTypeMismatch);
+    if (!connection.Object()) {
+        SetGcn(nullptr);
+        return;
+    }
+    // Only a connection held by a shared owner can be kept as the shared connection.
+    auto shared = std::dynamic_pointer_cast<Connection>(connection.SharedObject());
+    if (!shared)
+        Raise(vbErrTypeMismatch);
+    SetGcn(std::move(shared));
 }
 
 ServerTypes clsDatabase::ServerType() const

@@ -25,6 +25,10 @@ enum ServerTypes : int { ST_Unknown = 0, ST_SQLServer = 1, ST_Oracle = 2, ST_SQL
 class clsDatabase : public QObject {
     Q_OBJECT
     Q_CLASSINFO("TypeName", "clsDatabase")
+    // The same members by name, for hosts that reach the helper through late binding.
+    Q_PROPERTY(korvex::Variant gcn READ GcnVariant WRITE SetGcnVariant)
+    Q_PROPERTY(korvex::Variant ServerDateTime READ ServerDateTimeVariant)
+    Q_PROPERTY(int ServerType READ ServerTypeNumber)
 
 public:
     // A new instance, registered as the thread's current one.
@@ -46,6 +50,12 @@ public:
 
 protected:
     clsDatabase() = default;
+
+private:
+    Variant GcnVariant() const;
+    void SetGcnVariant(const Variant& connection);
+    Variant ServerDateTimeVariant() { return Variant(ServerDateTime()); }
+    int ServerTypeNumber() const { return ServerType(); }
 };
 
 // The kind of server behind a connection, from its Provider (case-sensitive): "SQLOLEDB.1" and

@@ -684,6 +684,16 @@ Variant CVType(const Variant& value, VbVarType type)
     }
 }
 
+QString Trim(const QString& text)
+{
+    qsizetype begin = 0, end = text.size();
+    while (begin < end && text[begin] == u' ')
+        ++begin;
+    while (end > begin && text[end - 1] == u' ')
+        --end;
+    return text.mid(begin, end - begin);
+}
+
 double Val(QStringView text)
 {
     // Blanks, tabs and line feeds are not part of the number but do not end it either.

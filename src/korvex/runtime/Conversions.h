@@ -32,6 +32,9 @@ Variant CVType(const Variant& value, VbVarType type);
 // tabs and line feeds are skipped anywhere; "&H" and "&O" prefixes read hexadecimal and octal.
 double Val(QStringView text);
 
+// The text without its leading and trailing spaces; tabs, line breaks and other blanks stay.
+QString Trim(const QString& text);
+
 bool IsNumeric(const Variant& value);
 bool IsDate(const Variant& value);
 VbVarType VarType(const Variant& value);

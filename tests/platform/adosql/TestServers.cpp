@@ -83,7 +83,9 @@ bool PostgresServer::Start(QString* whyNot)
         *whyNot = QStringLiteral("PostgreSQL server binaries (initdb, pg_ctl) not found in %1").arg(mBin);
         return false;
     }
-    mDir = std::make_unique<QTemporaryDir>();
+    // A name of our own: the default one follows the application's name, which may hold a blank
+    // that the server's option line would split.
+    mDir = std::make_unique<QTemporaryDir>(QDir::tempPath() + QStringLiteral("/korvex-pg-XXXXXX"));
     if (!mDir->isValid()) {
         *whyNot = QStringLiteral("no temporary folder for the PostgreSQL cluster");
         return false;

@@ -13,6 +13,7 @@
 #include "korvex/platform/host/CheckBox.h"
 #include "korvex/platform/host/Form.h"
 #include "korvex/platform/host/FormFile.h"
+#include "korvex/platform/host/Label.h"
 #include "korvex/platform/host/TextBox.h"
 #include "korvex/platform/desktop/MessageBoxService.h"
 #include "korvex/runtime/Conversions.h"
@@ -27,6 +28,7 @@
 #include <QApplication>
 #include <QLineEdit>
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <QSignalSpy>
@@ -360,6 +362,38 @@ TEST_F(BindingTest, EditStatesAndSaveWithStamps)
     EXPECT_EQ(rs->Fields()->Item(QStringLiteral("UpdatedBy"))->Value(), Variant("clerk7")) << "the user's UserId";
     EXPECT_EQ(stampedBy->Text(), "clerk7") << "the record is shown again after the batch";
     SharedContext::ForThisThread().User = nullptr;
+}
+
+// What the binding cannot do because of how the program set it up is said once per case on
+// korvex.binding, not left to be guessed from a form that stays empty.
+TEST_F(BindingTest, ProgrammersMistakesAreTold)
+{
+    static QStringList told;
+    told.clear();
+    const QtMessageHandler previous = qInstallMessageHandler([](QtMsgType type, const QMessageLogContext& context, const QString& text) {
+        if (type == QtWarningMsg && QLatin1String(context.category) == QLatin1String("korvex.binding"))
+            told << text;
+    });
+    Add<Label>("lblName", "Name");
+    auto* city = Add<TextBox>("txtCity", "City");
+    DataBindingSource* source = Source();
+    source->SetRecordset(Customers());
+    DataBindingSource loose;
+    loose.SetName(QStringLiteral("dbsLoose"));
+    loose.SetRecordset(Customers());
+    SharedContext::ForThisThread().User = nullptr;
+    source->Edit();
+    city->SetText(QStringLiteral("Leeds"));
+    EXPECT_TRUE(source->Save());
+    qInstallMessageHandler(previous);
+
+    const auto toldOf = [&](const char* what) {
+        return std::count_if(told.cbegin(), told.cend(), [&](const QString& t) { return t.contains(QLatin1String(what)); });
+    };
+    EXPECT_EQ(toldOf("lblName of type Label has a DataField"), 1) << told.join('\n').toStdString();
+    EXPECT_EQ(toldOf("dbsLoose : binds nothing, for it is not on a form"), 1);
+    EXPECT_EQ(toldOf("stamp field UpdatedBy is not set: no user"), 1);
+    EXPECT_EQ(toldOf("stamp field UpdatedAt is not set: no connection"), 1);
 }
 
 TEST_F(BindingTest, RequiredFieldsCancelledSavesAndFailedWritesKeepTheEdit)

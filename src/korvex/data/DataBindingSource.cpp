@@ -20,6 +20,8 @@
 
 #include <QLoggingCategory>
 
+#include <utility>
+
 namespace korvex {
 
 KORVEX_REGISTER_CONTROL(DataBindingSource);
@@ -108,6 +110,7 @@ DataBindingSource::DataBindingSource(QWidget* parent) : UserControl(parent)
     SetTabStop(false);
     resize(32, 32);
     SetInvisibleAtRunTime();
+    LoadDeclaredDefaults();
 }
 
 DataBindingSource::~DataBindingSource()
@@ -254,8 +257,11 @@ void DataBindingSource::EnumerateBoundControls()
             connect(form, &Form::Unload, this, [this](short&) { mBound.clear(); });
     }
     mFieldMap.assign(static_cast<std::size_t>(mRS->Fields()->Count()), 0);
-    if (!form)
+    if (!form) {
+        if (!std::exchange(mToldNoForm, true))
+            qCWarning(lcBinding).noquote() << Name() << ": binds nothing, for it is not on a form";
         return;
+    }
     const QList<Control*> controls = form->Controls();
     if (mSourceCount == 0) {
         for (Control* c : controls)
@@ -266,8 +272,12 @@ void DataBindingSource::EnumerateBoundControls()
     const QString uniqueTable = UniqueTableOf(*mRS);
     for (Control* c : controls) {
         const Kind kind = KindOf(c);
-        if (kind == Kind::Unknown)
+        if (kind == Kind::Unknown) {
+            if (HasMember(c, QStringLiteral("DataField")) && !CStr(GetProperty(c, QStringLiteral("DataField"))).isEmpty())
+                qCWarning(lcBinding).noquote() << Name() << ": control" << c->Name() << "of type" << TypeNameOf(c)
+                                               << "has a DataField, but controls of that type cannot be bound";
             continue;
+        }
         const QString dataField = CStr(GetProperty(c, QStringLiteral("DataField")));
         if (dataField.isEmpty())
             continue;
@@ -736,9 +746,16 @@ bool DataBindingSource::Save()
                     if (IsUpdatedBy(field->Name())) {
                         if (QObject* user = SharedContext::ForThisThread().User)
                             field->SetValue(GetProperty(user, QStringLiteral("UserId")));
+                        else
+                            qCWarning(lcBinding).noquote() << Name() << ": the stamp field" << field->Name()
+                                                           << "is not set: no user was given to InitZqControls";
                     } else if (IsUpdatedAt(field->Name())) {
-                        if (auto database = clsDatabase::Current())
+                        auto database = clsDatabase::Current();
+                        if (database && database->gcn())
                             field->SetValue(Variant(database->ServerDateTime()));
+                        else
+                            qCWarning(lcBinding).noquote() << Name() << ": the stamp field" << field->Name()
+                                                           << "is not set: no connection was given to clsDatabase.gcn";
                     }
                 } catch (const Error&) {
                     // A stamp that cannot be set does not stop the save.

@@ -133,10 +133,12 @@ private:
     int mSourceCount = 0;
     QString mOwnPrefix;
     bool mBindingTested = false;
+    bool mToldNoForm = false;
     QPointer<Form> mParentForm;
-    bool mAutoSaveBatch = true;
-    bool mAutoSetUpdated = true;
-    bool mAutoOverwriteChanges = true;
+    // From the declaration when the control is built.
+    bool mAutoSaveBatch{};
+    bool mAutoSetUpdated{};
+    bool mAutoOverwriteChanges{};
 };
 
 }  // namespace korvex

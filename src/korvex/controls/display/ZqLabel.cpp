@@ -57,6 +57,7 @@ ZqLabel::ZqLabel(QWidget* parent) : UserControl(parent)
     SetTabStop(false);
     mSurfaceFont = &mFallbackFont;
     resize(100, 17);
+    LoadDeclaredDefaults();
 }
 
 // Fonts -------------------------------------------------------------------------------------

@@ -131,21 +131,22 @@ private:
     void FinishInitialising();
     void ListenTo(StdFont* font);
 
-    bool mEnabled = true;
-    int mAlignmentH = 0;
-    int mAlignmentV = vaCenter;
-    bool mAutoSize = false;
-    OleColor mBackColor = vbButtonFace;
-    int mBackStyle = bsTransparent;
+    // The persisted settings take their defaults from the declaration when the label is built.
+    bool mEnabled{};
+    int mAlignmentH{};
+    int mAlignmentV{};
+    bool mAutoSize{};
+    OleColor mBackColor{};
+    int mBackStyle{};
     QString mCaption;
     QString mCaptionLangId;
-    int mCaptionSuffix = 0;
-    int mEllipsis = etNone;
-    OleColor mForeColor = vbButtonText;
-    int mStyle = lsNormal;
-    OleColor mLinkClickForeColor = vbButtonText;
-    OleColor mLinkHoverForeColor = vbButtonText;
-    bool mWordWrap = false;
+    int mCaptionSuffix{};
+    int mEllipsis{};
+    OleColor mForeColor{};
+    int mStyle{};
+    OleColor mLinkClickForeColor{};
+    OleColor mLinkHoverForeColor{};
+    bool mWordWrap{};
 
     // Font references: the label shares font objects with whoever set them; a font read from a
     // form file, or the copy of the ambient font it starts with, is kept alive here.

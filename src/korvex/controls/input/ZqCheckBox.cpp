@@ -24,7 +24,6 @@ ZqCheckBox::ZqCheckBox(QWidget* parent)
       mMarginY(static_cast<short>(RoundHalfEven(3 * TwipsPerPixelY())))
 {
     chkBox->SetName(QStringLiteral("chkBox"));
-    chkBox->SetCaption(QStringLiteral("ZqCheckBox"));
     setFocusProxy(chkBox);
     setAutoFillBackground(true);
 
@@ -33,8 +32,8 @@ ZqCheckBox::ZqCheckBox(QWidget* parent)
 
     ApplyOwnColors();
     resize(100, 21);
+    LoadDeclaredDefaults();
     Resize();
-    ComputeNextValue();
 }
 
 void ZqCheckBox::InnerFocusChanged(bool hasFocus)

@@ -114,7 +114,7 @@ private:
     void ApplyOwnColors();
 
     CheckBox* chkBox;
-    bool mThreeState = true;
+    bool mThreeState{};  // from the declaration, like every persisted setting
     short mNextValue = vbGrayed;
     bool mClickGuard = false;
     bool mHasFocus = false;

@@ -67,7 +67,7 @@ ZqNumber::ZqNumber(QWidget* parent) : UserControl(parent), mNumber(new NumberBox
     connect(this, &Control::Validate, this, &ZqNumber::CheckRange);
     ConnectInnerEvents();
     resize(120, 21);
-    ApplyNumberFormat(DefaultMinValue, DefaultMaxValue);
+    LoadDeclaredDefaults();
 }
 
 ZqNumber::~ZqNumber()

@@ -139,13 +139,14 @@ private:
     void ReleaseInner();
 
     NumberBox* mNumber;
-    bool mSuppressLeadingZeroes = true;
-    bool mBlankWhenZero = false;
-    bool mThousandsSeparators = true;
-    int mNegativeStyle = zqnnsBrackets;
-    bool mAllowNullSelection = false;
+    // The persisted settings take their defaults from the declaration when the control is built.
+    bool mSuppressLeadingZeroes{};
+    bool mBlankWhenZero{};
+    bool mThousandsSeparators{};
+    int mNegativeStyle{};
+    bool mAllowNullSelection{};
     QString mDataField;
-    std::uint8_t mDecimalPlaces = 2;
+    std::uint8_t mDecimalPlaces{};
     // The minimum read from a form file, applied with the maximum read after it.
     Variant mLoadedMinValue;
     // Set while this control writes the inner box itself: its Change and Click are not ours.

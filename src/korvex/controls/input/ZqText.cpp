@@ -33,6 +33,7 @@ ZqText::ZqText(QWidget* parent, bool multiLine) : UserControl(parent)
     BuildInnerBox(multiLine);
     resize(100, 21);
     Resize();
+    LoadDeclaredDefaults();
 }
 
 void ZqText::InnerFocusChanged(bool hasFocus)

@@ -62,6 +62,12 @@ const PropertyList& UserControl::PersistedProperties() const
     return none;
 }
 
+void UserControl::LoadDeclaredDefaults()
+{
+    for (const PersistedProperty& p : PersistedProperties())
+        p.load(*this, p.readDefault(*this));
+}
+
 void UserControl::InitProperties()
 {
     InitDeclared(*this, PersistedProperties());

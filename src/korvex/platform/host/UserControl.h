@@ -89,6 +89,9 @@ signals:
 protected:
     // The persisted properties in the order they are read and written; none by default.
     virtual const PropertyList& PersistedProperties() const;
+    // Gives every declared property its read default: the one place a default stands. A control
+    // calls it at the end of its constructor (the declaration is its own, so the base cannot).
+    void LoadDeclaredDefaults();
 
     // The one shape of a setter. The caller checks first (RequireValid: 380, nothing changed);
     // then the value is stored and, when it differs, applied; then the container hears of the

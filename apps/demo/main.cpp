@@ -17,6 +17,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
+#include <QEventLoop>
 #include <QLineEdit>
 #include <QMdiSubWindow>
 #include <QTemporaryDir>
@@ -94,6 +95,7 @@ int main(int argc, char** argv)
     main.OpenForm(QStringLiteral("frmLabels"));
     main.OpenForm(QStringLiteral("frmInputs"));
     main.OpenForm(QStringLiteral("frmNumbers"));
+    main.OpenForm(QStringLiteral("frmDisplay"));
     // Screenshots work on a fresh database of their own; the demo keeps its data between runs.
     QTemporaryDir scratch;
     korvex::Form* customers = nullptr;
@@ -113,7 +115,10 @@ int main(int argc, char** argv)
     main.Area()->tileSubWindows();
 
     if (parser.isSet(screenshot)) {
-        QApplication::processEvents();
+        // Long enough for the timers that draw late (the side bar gathers its changes first).
+        QEventLoop settle;
+        QTimer::singleShot(100, &settle, &QEventLoop::quit);
+        settle.exec();
         bool ok = SaveScreenshots(main, parser.value(screenshot));
         ok = customerScreen && ShootCustomerModes(*customers, *customerScreen, parser.value(screenshot)) && ok;
         // The labels once more in German, to show the captions come from the language file.

@@ -1,7 +1,9 @@
 // The demo application's MDI main form: it receives the library's trace lines in its status
-// bar and opens the demo's child forms from the form files built into the program.
+// bar, opens the demo's child forms from the form files built into the program, and offers
+// them in a task side bar along its left edge.
 #pragma once
 
+#include "korvex/controls/display/TasksSideBar.h"
 #include "korvex/platform/host/MDIForm.h"
 #include "korvex/runtime/Variant.h"
 
@@ -25,8 +27,14 @@ public:
     Q_INVOKABLE void TraceFromKorvex(korvex::Variant& Message, korvex::Variant& Value);
 
     const QStringList& TraceLines() const { return mTraceLines; }
+    // The navigation along the left edge: one line for each of the demo's forms.
+    korvex::TasksSideBar* Navigation() const { return mNavigation; }
 
 private:
+    void Navigate(korvex::Task* task);
+    void MarkActive(const QString& formName);
+
+    korvex::TasksSideBar* mNavigation = nullptr;
     QStringList mTraceLines;
     std::vector<std::unique_ptr<korvex::Form>> mChildren;
 };

@@ -18,6 +18,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
+#include <QEventLoop>
 #include <QLineEdit>
 #include <QMdiSubWindow>
 #include <QTemporaryDir>
@@ -95,6 +96,7 @@ int main(int argc, char** argv)
     main.OpenForm(QStringLiteral("frmLabels"));
     main.OpenForm(QStringLiteral("frmInputs"));
     main.OpenForm(QStringLiteral("frmNumbers"));
+    main.OpenForm(QStringLiteral("frmDisplay"));
     new demo::EmailScreen(*main.OpenForm(QStringLiteral("frmEmail")));
     // Screenshots work on a fresh database of their own; the demo keeps its data between runs.
     QTemporaryDir scratch;
@@ -115,7 +117,10 @@ int main(int argc, char** argv)
     main.Area()->tileSubWindows();
 
     if (parser.isSet(screenshot)) {
-        QApplication::processEvents();
+        // Long enough for the timers that draw late (the side bar gathers its changes first).
+        QEventLoop settle;
+        QTimer::singleShot(100, &settle, &QEventLoop::quit);
+        settle.exec();
         bool ok = SaveScreenshots(main, parser.value(screenshot));
         ok = customerScreen && ShootCustomerModes(*customers, *customerScreen, parser.value(screenshot)) && ok;
         // The labels once more in German, to show the captions come from the language file.

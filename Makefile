@@ -5,7 +5,7 @@ CTEST_JOBS ?= 2
 # Builds take a lock so that several checkouts on one machine never compile at once.
 LOCK := flock /tmp/korvex-build.lock
 
-.PHONY: all deps build demo check bench fuzz asan clean
+.PHONY: all deps build demo check bench fuzz asan clean screenshots
 
 all: build
 
@@ -24,6 +24,15 @@ demo: build
 		QT_QPA_PLATFORM=offscreen build/debug/apps/demo/korvex_demo --screenshot build/screenshots && \
 		ls -1 build/screenshots/*.png; \
 	fi
+
+# The README's pictures: the demo rendered offscreen, the forms it shows copied into docs/.
+SCREENSHOTS := frmLabels frmInputs frmNumbers frmCustomers_Editing frmDisplay frmMDI
+screenshots: build
+	@rm -rf build/screenshots
+	@QT_QPA_PLATFORM=offscreen build/debug/apps/demo/korvex_demo --screenshot build/screenshots
+	@mkdir -p docs/screenshots
+	@for f in $(SCREENSHOTS); do cp build/screenshots/$$f.png docs/screenshots/; done
+	@ls -1 docs/screenshots
 
 check: build
 	@$(LOCK) ctest --preset debug -j $(CTEST_JOBS)

@@ -4,12 +4,16 @@
 #include "korvex/platform/system/Registry.h"
 #include "korvex/platform/desktop/SystemInfo.h"
 #include "korvex/platform/desktop/ThreadHooks.h"
+#include "korvex/platform/desktop/WindowStyles.h"
+#include "korvex/platform/desktop/ColorConversion.h"
 #include "korvex/platform/system/Timers.h"
 #include "korvex/runtime/OleColor.h"
 #include "korvex/runtime/Twips.h"
 #include "tests/support/Printers.h"
 
+#include <QImage>
 #include <QLineEdit>
+#include <QPainter>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
@@ -131,6 +135,24 @@ TEST(SystemServices, PinnedDotsPerInchSetTwipsAndColoursResolveThroughThePalette
     EXPECT_EQ(TwipsPerPixelX(), 1440.0 / SystemInfo::DotsPerInchX());
     SetSystemColorLookup({});
     SetTwipsPerPixel(15, 15);
+}
+
+// The frame a style asks for covers the window's outermost pixels on all four sides.
+TEST(SystemServices, WindowFramesDrawOnTheOuterEdge)
+{
+    QWidget window;
+    window.resize(20, 10);
+    SetWindowLong(&window, GWL_STYLE, WS_BORDER);
+    QImage image(20, 10, QImage::Format_RGB32);
+    image.fill(Qt::white);
+    QPainter painter(&image);
+    DrawWindowFrame(painter, &window);
+    painter.end();
+    const QRgb frame = ToQColor(vbWindowFrame).rgb();
+    for (const QPoint p : {QPoint(0, 5), QPoint(19, 5), QPoint(10, 0), QPoint(10, 9)})
+        EXPECT_EQ(image.pixel(p), frame) << p.x() << "," << p.y();
+    EXPECT_EQ(image.pixel(18, 5), QColor(Qt::white).rgb()) << "the content next to the edge is left alone";
+    EXPECT_EQ(image.pixel(10, 8), QColor(Qt::white).rgb());
 }
 
 }  // namespace

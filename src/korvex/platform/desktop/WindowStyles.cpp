@@ -61,7 +61,7 @@ void DrawWindowFrame(QPainter& painter, const QWidget* window)
 {
     const std::uint32_t style = GetWindowLong(window, GWL_STYLE);
     const std::uint32_t exStyle = GetWindowLong(window, GWL_EXSTYLE);
-    QRect r = window->rect().adjusted(0, 0, -1, -1);
+    QRect r = window->rect();  // right() and bottom() are the last column and row already
     painter.save();
     if (style & WS_DLGFRAME) {
         Edge(painter, r, vb3DLight, vb3DDKShadow);

@@ -83,10 +83,16 @@ void CustomerScreen::OnButton(const char* name, std::function<void()> action)
 
 void CustomerScreen::ShowMode(int mode)
 {
-    static_cast<Label*>(mForm.FindControl(QStringLiteral("lblMode")))->SetCaption(ModeName(mode));
     const bool viewing = mode == ZqDataViewOnly;
-    for (const char* name : {"cmdFirst", "cmdPrevious", "cmdNext", "cmdLast", "cmdAdd", "cmdEdit", "cmdDelete"})
-        mForm.FindControl(QString::fromLatin1(name))->SetEnabled(viewing);
+    // Moving away would leave the edit behind, so the buttons that move wait; say why.
+    const QString why = QStringLiteral("Save or Cancel before moving to another record");
+    static_cast<Label*>(mForm.FindControl(QStringLiteral("lblMode")))
+        ->SetCaption(viewing ? ModeName(mode) : ModeName(mode) + QStringLiteral(" (") + why + QLatin1Char(')'));
+    for (const char* name : {"cmdFirst", "cmdPrevious", "cmdNext", "cmdLast", "cmdAdd", "cmdEdit", "cmdDelete"}) {
+        Control* button = mForm.FindControl(QString::fromLatin1(name));
+        button->SetEnabled(viewing);
+        button->SetToolTipText(viewing ? QString() : why);
+    }
     for (const char* name : {"cmdSave", "cmdCancel"})
         mForm.FindControl(QString::fromLatin1(name))->SetEnabled(!viewing);
 }

@@ -4,6 +4,7 @@
 // knows it runs in its development environment.
 //
 //   korvex-preview [--design] [--save FILE] [--screenshot FILE] form.json
+//   korvex-preview --check form.json   (validates the file and lists properties no control has)
 #include "korvex/platform/host/FormFile.h"
 #include "korvex/platform/desktop/MessageBoxService.h"
 #include "korvex/platform/desktop/SystemInfo.h"
@@ -14,6 +15,36 @@
 #include <QMenuBar>
 
 #include <cstdio>
+
+namespace {
+
+QStringList& Problems()
+{
+    static QStringList problems;
+    return problems;
+}
+
+// Loads the form as the program would; what the loader tells the programmer counts as a problem.
+int CheckFormFile(const QString& path)
+{
+    const QtMessageHandler previous = qInstallMessageHandler([](QtMsgType type, const QMessageLogContext& context, const QString& text) {
+        if (type >= QtWarningMsg && QLatin1String(context.category).startsWith(QLatin1String("korvex.")))
+            Problems() << text;
+    });
+    try {
+        korvex::FormFile::Load(path, true);
+    } catch (const korvex::Error& e) {
+        Problems() << e.Description();
+    }
+    qInstallMessageHandler(previous);
+    for (const QString& problem : Problems())
+        std::fprintf(stderr, "%s\n", qPrintable(problem));
+    if (Problems().isEmpty())
+        std::printf("%s: OK\n", qPrintable(path));
+    return Problems().isEmpty() ? 0 : 1;
+}
+
+}  // namespace
 
 int main(int argc, char** argv)
 {
@@ -26,7 +57,9 @@ int main(int argc, char** argv)
     const QCommandLineOption save(QStringLiteral("save"), QStringLiteral("Save the form to FILE and exit."), QStringLiteral("FILE"));
     const QCommandLineOption screenshot(QStringLiteral("screenshot"), QStringLiteral("Render the form to FILE and exit."),
                                         QStringLiteral("FILE"));
-    parser.addOptions({design, save, screenshot});
+    const QCommandLineOption check(QStringLiteral("check"),
+                                   QStringLiteral("Validate the form file, list what is wrong with it, and exit non-zero if anything is."));
+    parser.addOptions({design, save, screenshot, check});
     parser.addPositionalArgument(QStringLiteral("form"), QStringLiteral("The form file."));
     parser.process(app);
     if (parser.positionalArguments().size() != 1)
@@ -34,6 +67,8 @@ int main(int argc, char** argv)
     const QString path = parser.positionalArguments().first();
 
     korvex::SystemInfo::Start();
+    if (parser.isSet(check))
+        return CheckFormFile(path);
     std::unique_ptr<korvex::Form> form;
     try {
         form = korvex::FormFile::Load(path, parser.isSet(design));

@@ -83,6 +83,10 @@ public:
     int ScaleWidth() const;
     int ScaleHeight() const;
 
+    // What the host set; a control invisible at run time keeps it and stays hidden.
+    bool Visible() const override;
+    void SetVisible(bool visible) override;
+
 signals:
     void PropertyChangedNotification(const QString& PropertyName);
 
@@ -134,13 +138,6 @@ protected:
     // is on a form at run time, and whenever it moves onto one.
     void SetInvisibleAtRunTime();
     bool event(QEvent* event) override;
-
-public:
-    // What the host set; a control invisible at run time keeps it and stays hidden.
-    bool Visible() const override;
-    void SetVisible(bool visible) override;
-
-protected:
 
     // Lay out the inner controls to the new size.
     virtual void Resize() {}

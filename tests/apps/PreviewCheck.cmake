@@ -1,0 +1,12 @@
+# cmake -P script: korvex-preview --check on a sound form file and on one with a misspelt property.
+execute_process(COMMAND ${PREVIEW} --check ${GOOD} RESULT_VARIABLE result OUTPUT_VARIABLE out ERROR_VARIABLE err)
+if(NOT result EQUAL 0)
+    message(FATAL_ERROR "A sound form failed the check (${result}): ${out}${err}")
+endif()
+execute_process(COMMAND ${PREVIEW} --check ${TYPO} RESULT_VARIABLE result OUTPUT_VARIABLE out ERROR_VARIABLE err)
+if(result EQUAL 0)
+    message(FATAL_ERROR "A misspelt property passed the check: ${out}${err}")
+endif()
+if(NOT err MATCHES "frmTypo.json" OR NOT err MATCHES "txtCode" OR NOT err MATCHES "'DataFeild'")
+    message(FATAL_ERROR "The check does not name the file, the control and the property: ${err}")
+endif()

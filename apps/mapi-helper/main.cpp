@@ -8,6 +8,7 @@
 #include "korvex/runtime/Error.h"
 
 #include <QCoreApplication>
+#include <QRegularExpression>
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
@@ -145,9 +146,16 @@ int ShowInMailClient(const korvex::MapiDescription& mail, const QString& xdgEmai
             return BadDescription;
         args << QStringLiteral("--attach") << copy;
     }
-    for (const QString& address : korvex::SplitAddresses(mail.to.join(QLatin1Char(';')), QStringLiteral(";")))
-        if (!address.startsWith(QLatin1Char('-')))
-            args << address;
+    // xdg-email reads an argument as a mailto: address, whose query can attach any file: a
+    // recipient is a plain address or nothing.
+    static const QRegularExpression plainAddress(QStringLiteral("^[^\\s:?&=<>\"'-][^\\s:?&=<>\"']*@[^\\s:?&=<>\"']+$"));
+    for (const QString& address : korvex::SplitAddresses(mail.to.join(QLatin1Char(';')), QStringLiteral(";"))) {
+        if (!plainAddress.match(address).hasMatch()) {
+            log.Write(QStringLiteral("The address ") + address + QStringLiteral(" is not a plain e-mail address; the mail is not shown."));
+            return BadDescription;
+        }
+        args << address;
+    }
     return RunMailProgram(xdgEmail, args, {}, log);
 }
 

@@ -131,6 +131,15 @@ TEST_F(MapiHelperTest, WithoutAutoSendTheMailClientShowsACopy)
     EXPECT_EQ(copied.readAll(), "figures") << "the client gets a copy that outlives the staging";
     EXPECT_EQ(QFileInfo(QFileInfo(copy).absolutePath()).permissions() & 0x0077, 0) << "the copy's folder is private";
     EXPECT_EQ(args.at(8), QStringLiteral("a@example.com"));
+
+    // A recipient written as a mailto: link could make the mail client attach any file.
+    QFile::remove(mFolder.Path(QStringLiteral("xdg-email.args")));
+    EXPECT_EQ(RunHelper({Description(MapiDescriptionLines(QStringLiteral("mailto:x@example.com?attach=/etc/passwd"),
+                                                          QStringLiteral("Look"), QStringLiteral("One"), QString(),
+                                                          QString(), false))}),
+              3);
+    EXPECT_TRUE(Kept(QStringLiteral("xdg-email.args")).isEmpty()) << "nothing reached the mail client";
+    EXPECT_TRUE(Log().contains(QStringLiteral("is not a plain e-mail address")));
 }
 
 TEST_F(MapiHelperTest, RefusesWhatItCannotTrust)

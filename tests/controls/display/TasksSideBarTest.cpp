@@ -112,6 +112,7 @@ TEST_F(SideBarTest, ABurstOfChangesIsDrawnOnce)
     QTest::qWait(50);
     EXPECT_EQ(bar->Redraws(), 2);
     EXPECT_EQ(bar->Info(0)->Caption(), "Task 1...");
+
 }
 
 TEST_F(SideBarTest, IndentsGapsAndHiddenTasksPlaceTheLines)

@@ -103,6 +103,12 @@ TEST_F(ProgressTest, AValueStepDrawsOnlyTheStripItMovedOver)
     const qint64 before = bar->PixelsDrawn();
     bar->SetButtonFace(kFace);
     EXPECT_EQ(bar->PixelsDrawn() - before, 200 * 24) << "other properties draw the whole bar";
+
+    // What changes while the bar is hidden shows when it comes back.
+    bar->hide();
+    bar->SetValue(40);
+    bar->show();
+    EXPECT_EQ(test::Rgb(bar->grab().toImage(), 70, 1), test::Rgb(ToQColor(kHighBack)));
 }
 
 TEST_F(ProgressTest, SavedFormKeepsEveryProperty)

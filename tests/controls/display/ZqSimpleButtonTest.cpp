@@ -89,6 +89,12 @@ TEST_F(ButtonTest, ClickOnlyForAReleaseInsideAndPressedWhileHeldInside)
     Send(QEvent::MouseButtonRelease, {10, 10}, Qt::RightButton, Qt::NoButton);
     EXPECT_EQ(clicks.count(), 1);
 
+    // The right button let go while the left is still held is no release of the primary one.
+    Send(QEvent::MouseButtonPress, {10, 10}, Qt::LeftButton, Qt::LeftButton);
+    Send(QEvent::MouseButtonRelease, {10, 10}, Qt::RightButton, Qt::LeftButton);
+    EXPECT_EQ(clicks.count(), 1) << "only the primary button's release inside clicks";
+    Send(QEvent::MouseButtonRelease, {10, 10}, Qt::LeftButton, Qt::NoButton);
+
     // The drop-down takes the mouse over when it opens: the release that follows is not ours.
     Send(QEvent::MouseButtonPress, {10, 10}, Qt::LeftButton, Qt::LeftButton);
     button->ReleaseMouseCapture();

@@ -8,6 +8,7 @@
 #include "korvex/platform/host/MDIForm.h"
 #include "korvex/platform/host/Screen.h"
 #include "korvex/platform/host/TextBox.h"
+#include "korvex/platform/host/TimerControl.h"
 #include "korvex/platform/host/UserControl.h"
 #include "korvex/runtime/Error.h"
 #include "korvex/runtime/LateBinding.h"
@@ -202,6 +203,27 @@ TEST(HostForms, UnloadAsksQueryUnloadAndUnloadThenTerminatesControls)
     EXPECT_EQ(events, (QStringList{"QueryUnload 1", "QueryUnload 0", "Unload"}));
     EXPECT_EQ(probe->terminated, 1);
     EXPECT_FALSE(form.isVisible());
+}
+
+// Enabling a running timer again leaves its count going (the side bar enables its redraw timer
+// on every change and counts on the first change's 15 ms): a timer kept enabled still fires.
+TEST(HostControls, EnablingARunningTimerDoesNotRestartIt)
+{
+    Form form;
+    auto* timer = new TimerControl(form.Client());
+    int ticks = 0;
+    QObject::connect(timer, &TimerControl::Timer, [&] { ++ticks; });
+    timer->SetInterval(50);
+    timer->SetEnabled(true);
+    for (int i = 0; i < 8 && ticks == 0; ++i) {
+        QTest::qWait(20);
+        timer->SetEnabled(true);
+    }
+    EXPECT_GT(ticks, 0);
+    timer->SetEnabled(false);
+    const int stopped = ticks;
+    QTest::qWait(120);
+    EXPECT_EQ(ticks, stopped) << "disabled, it stops";
 }
 
 }  // namespace

@@ -168,10 +168,12 @@ void ZqProgress::Resize()
 
 bool ZqProgress::event(QEvent* e)
 {
-    if (e->type() == QEvent::Show)
+    if (e->type() == QEvent::Show) {
         mShown = true;
-    else if (e->type() == QEvent::Hide)
+        mSurfaceValid = false;  // what changed while hidden was never drawn
+    } else if (e->type() == QEvent::Hide) {
         mShown = false;
+    }
     return UserControl::event(e);
 }
 

@@ -191,9 +191,11 @@ void ZqSimpleButton::Paint(QPainter& painter)
 
 bool ZqSimpleButton::Inside(const QMouseEvent* event) const
 {
+    // A move counts while the primary button is held; a press or release only for that button.
     const QPointF p = event->position();
-    return (event->buttons() & Qt::LeftButton || event->button() == Qt::LeftButton) && p.x() >= 0 && p.y() >= 0 &&
-           p.x() <= width() && p.y() <= height();
+    const bool primary =
+        event->type() == QEvent::MouseMove ? (event->buttons() & Qt::LeftButton) != 0 : event->button() == Qt::LeftButton;
+    return primary && p.x() >= 0 && p.y() >= 0 && p.x() <= width() && p.y() <= height();
 }
 
 void ZqSimpleButton::RaiseMouse(void (Control::*signal)(short&, short&, float&, float&), const QMouseEvent* event)

@@ -28,8 +28,11 @@ void TimerControl::SetInterval(int milliseconds)
 
 void TimerControl::SetEnabled(bool enabled)
 {
+    // Enabling a timer that runs already leaves its count going, as the host's timer does.
+    const bool running = mTimer.isActive();
     Control::SetEnabled(enabled);
-    Restart();
+    if (!(enabled && running))
+        Restart();
 }
 
 void TimerControl::Restart()

@@ -148,22 +148,26 @@ void TasksSideBar::ApplyFontToLines()
 
 // Lifecycle ------------------------------------------------------------------------------------
 
+// The font has no default to compare with, so it is always stored; a new side bar starts with a
+// copy of the container's.
+const PropertyList& TasksSideBar::PersistedProperties() const
+{
+    static const PropertyList list =
+        Declare<TasksSideBar>().Stored("Font", &TasksSideBar::FontValue, &TasksSideBar::LoadFont, Variant()).Initially(AmbientFont);
+    return list;
+}
+
 void TasksSideBar::InitProperties()
 {
-    LoadFont(AmbientFont(*this));
+    UserControl::InitProperties();
     CreateTasks();
     DockLeft();
 }
 
 void TasksSideBar::ReadProperties(PropertyBag& bag)
 {
-    LoadFont(bag.ReadProperty(QStringLiteral("Font"), Variant()));
+    UserControl::ReadProperties(bag);
     CreateTasks();
-}
-
-void TasksSideBar::WriteProperties(PropertyBag& bag)
-{
-    bag.WriteProperty(QStringLiteral("Font"), FontValue(), Variant());  // always stored
 }
 
 void TasksSideBar::DockLeft()

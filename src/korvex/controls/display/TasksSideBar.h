@@ -48,12 +48,12 @@ public:
 
     void InitProperties() override;
     void ReadProperties(PropertyBag& bag) override;
-    void WriteProperties(PropertyBag& bag) override;
 
 signals:
     void TaskClick(korvex::Task* Task);
 
 protected:
+    const PropertyList& PersistedProperties() const override;
     void Resize() override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 

@@ -4,6 +4,7 @@
 #include "korvex/platform/host/CheckBox.h"
 #include "korvex/platform/host/ControlRegistry.h"
 #include "korvex/platform/host/FormFile.h"
+#include "korvex/platform/host/HostLogging.h"
 #include "korvex/platform/host/Frame.h"
 #include "korvex/platform/host/Label.h"
 #include "korvex/platform/host/Line.h"
@@ -16,8 +17,10 @@
 #include "tests/support/PinnedSettings.h"
 #include "tests/support/Printers.h"
 
-#include <QJsonDocument>
 #include <QCheckBox>
+#include <QDir>
+#include <QJsonDocument>
+#include <QProcess>
 #include <QImage>
 #include <QJsonObject>
 #include <QTemporaryDir>
@@ -237,6 +240,99 @@ TEST(FormFile, BrokenFilesNameTheFileControlAndPropertyAndLeaveNothing)
         EXPECT_EQ(Form::Forms().size(), formsBefore) << "nothing half-loaded remains after " << r.json;
     }
     EXPECT_THROW(FormFile::Load(QStringLiteral("/nonexistent/form.json")), Error);
+}
+
+
+// The form-file schema of docs/: run by the validator a programmer would use.
+struct Validation {
+    int exitCode = -1;
+    QString output;
+};
+
+Validation ValidateFormFiles(const QStringList& files)
+{
+    QProcess python;
+    python.setProcessChannelMode(QProcess::MergedChannels);
+    python.start(QStringLiteral("/usr/bin/python3"),
+                 QStringList{QStringLiteral(KORVEX_FORM_VALIDATOR), QStringLiteral(KORVEX_FORM_SCHEMA)} + files);
+    if (!python.waitForFinished(60000))
+        return {};
+    return {python.exitStatus() == QProcess::NormalExit ? python.exitCode() : -1, QString::fromUtf8(python.readAll())};
+}
+
+// What the library writes, every control type the form files know included, and the demo's
+// forms loaded and saved again, all fit the schema; what is not in the schema's shape the
+// loader refuses too (or, for a misspelt extender name, tells), so the schema is no wish list.
+TEST(FormFile, TheSchemaDescribesWhatIsWrittenAndTheLoaderRefusesWhatItRefuses)
+{
+    test::PinnedSettings pin;
+    QTemporaryDir dir;
+    QStringList files;
+    auto form = SampleForm();
+    FormFile::Save(*form, files.emplace_back(dir.filePath(QStringLiteral("frmSample.json"))));
+    auto every = std::make_unique<Form>();
+    every->SetName(QStringLiteral("frmEvery"));
+    const QStringList types = ControlRegistry::TypeNames();
+    ASSERT_GT(types.size(), 20) << "the library's controls register themselves";
+    for (const QString& type : types)
+        FormFile::AddNewControl(*every, type, QStringLiteral("ctl") + type);
+    FormFile::Save(*every, files.emplace_back(dir.filePath(QStringLiteral("frmEvery.json"))));
+    const QDir demoForms(QStringLiteral(KORVEX_SOURCE_DIR "/apps/demo/forms"));
+    for (const QString& name : demoForms.entryList({QStringLiteral("*.json")})) {
+        files << demoForms.filePath(name);
+        FormFile::Save(*FormFile::Load(demoForms.filePath(name)), files.emplace_back(dir.filePath(name)));
+    }
+    const Validation good = ValidateFormFiles(files);
+    EXPECT_EQ(good.exitCode, 0) << good.output.toStdString();
+
+    struct Row {
+        const char* json;
+        const char* loaderMentions;
+    };
+    const Row rows[] = {
+        {R"({"Type":"Form","Controls":[]})", nullptr},  // no name: the loader takes an empty one
+        {R"({"Type":"Form","Name":"f","Controls":[{"Type":"TextBox"}]})", "has no name"},
+        {R"({"Type":"Form","Name":"f","Controls":{"Type":"TextBox","Name":"t"}})", "\"Controls\" must be a list"},
+        {R"({"Type":"Form","Name":"f","Controls":[{"Type":"TextBox","Name":"t","Index":-1}]})", "\"Index\""},
+        {R"({"Type":"Form","Name":"f","Controls":[{"Type":"TextBox","Name":"t","Extender":{"Lft":120}}]})", "has no property 'Lft'"},
+        {R"({"Type":"Form","Name":"f","Controls":[{"Type":"Label","Name":"l","Properties":{"Caption":["a"]}}]})", "property 'Caption'"},
+        {R"({"Type":"Form","Name":"f","Controls":[{"Type":"Label","Name":"l","Properties":{"Font":{"Font":{"Name":"DejaVu Sans"}}}}]})",
+         "property 'Font': Invalid property value: a font has at least"},
+        {R"({"Type":"Form","Name":"f","Properties":{"Font":{"Font":{"Name":"DejaVu Sans","Size":9,"Bold":true}}}})",
+         "property 'Font': Invalid property value: a font has no \"Bold\""},
+        {R"({"Type":"Form","Name":"f","Controls":[{"Type":"Label","Name":"l","Properties":{"Caption":{"Date":1,"Font":{}}}}]})",
+         "property 'Caption': Invalid property value: an object value has exactly one"},
+        {R"({"Type":"Form","Name":"f","Controls":[{"Type":"Label","Name":"l","Properties":{"Caption":{"Currency":"1,5"}}}]})",
+         "property 'Caption': Invalid property value: \"Currency\""},
+    };
+    int row = 0;
+    for (const Row& r : rows) {
+        const QString path = dir.filePath(QStringLiteral("bad%1.json").arg(++row));
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(r.json);
+        file.close();
+        const Validation bad = ValidateFormFiles({path});
+        EXPECT_EQ(bad.exitCode, 1) << "the schema accepts " << r.json << "\n" << bad.output.toStdString();
+        EXPECT_TRUE(bad.output.startsWith(path)) << bad.output.toStdString();
+        if (!r.loaderMentions)
+            continue;
+        static QStringList told;
+        told.clear();
+        const QtMessageHandler previous = qInstallMessageHandler([](QtMsgType, const QMessageLogContext& context, const QString& text) {
+            if (QLatin1String(context.category) == QLatin1String("korvex.forms"))
+                told << text;
+        });
+        QString refused;
+        try {
+            FormFile::Load(path);
+        } catch (const Error& e) {
+            refused = e.Description();
+        }
+        qInstallMessageHandler(previous);
+        const QString said = refused + told.join(QLatin1Char('\n'));
+        EXPECT_TRUE(said.contains(QString::fromUtf8(r.loaderMentions))) << r.json << " -> " << said.toStdString();
+    }
 }
 
 }  // namespace

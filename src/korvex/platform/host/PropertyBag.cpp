@@ -32,7 +32,41 @@ bool SameValue(const Variant& a, const Variant& b)
     }
 }
 
+[[noreturn]] void BadValue(const QString& detail)
+{
+    Raise(vbErrInvalidPropertyValue, QStringLiteral("PropertyBag"), QStringLiteral("Invalid property value: ") + detail);
+}
+
+QString OneMarker()
+{
+    return QStringLiteral("an object value has exactly one of \"Currency\", \"Date\" or \"Font\"");
+}
+
 }  // namespace
+
+Variant PropertyBag::ReadFont(const QJsonValue& json)
+{
+    static const QStringList keys = {QStringLiteral("Name"),      QStringLiteral("Size"),          QStringLiteral("Weight"),
+                                     QStringLiteral("Italic"),    QStringLiteral("Underline"),     QStringLiteral("Strikethrough"),
+                                     QStringLiteral("Charset")};
+    const QJsonObject f = json.toObject();
+    if (!json.isObject() || !f.value(keys[0]).isString() || !f.value(keys[1]).isDouble())
+        BadValue(QStringLiteral("a font has at least \"Name\" (text) and \"Size\" (points)"));
+    for (const QString& key : f.keys()) {
+        if (!keys.contains(key))
+            BadValue(QStringLiteral("a font has no \"%1\"; it has %2").arg(key, keys.join(QStringLiteral(", "))));
+    }
+    auto font = std::make_shared<StdFont>();
+    font->SetName(f.value(QStringLiteral("Name")).toString());
+    font->SetSize(f.value(QStringLiteral("Size")).toDouble());
+    font->SetWeight(static_cast<short>(f.value(QStringLiteral("Weight")).toInt(StdFont::NormalWeight)));
+    font->SetItalic(f.value(QStringLiteral("Italic")).toBool());
+    font->SetUnderline(f.value(QStringLiteral("Underline")).toBool());
+    font->SetStrikethrough(f.value(QStringLiteral("Strikethrough")).toBool());
+    font->SetCharset(static_cast<short>(f.value(QStringLiteral("Charset")).toInt()));
+    mKeep.push_back(font);
+    return Variant(std::static_pointer_cast<QObject>(font));
+}
 
 QStringList PropertyBag::Unread() const
 {
@@ -93,29 +127,24 @@ Variant PropertyBag::FromJson(const QJsonValue& json)
     }
     case QJsonValue::Object: {
         const QJsonObject o = json.toObject();
+        // One marker a value: anything else is a mistake in a hand-written file, not a value.
+        if (o.size() != 1)
+            BadValue(OneMarker());
         if (o.contains(QStringLiteral("Currency"))) {
             // Written with "." whatever the locale, so read back the same way.
             const auto amount = Currency::FromInvariantString(o.value(QStringLiteral("Currency")).toString());
             if (!amount)
-                Raise(vbErrTypeMismatch);
+                BadValue(QStringLiteral("\"Currency\" is a decimal number as text, such as \"12.5\""));
             return *amount;
         }
-        if (o.contains(QStringLiteral("Date")))
+        if (o.contains(QStringLiteral("Date"))) {
+            if (!o.value(QStringLiteral("Date")).isDouble())
+                BadValue(QStringLiteral("\"Date\" is a number of days"));
             return Date{o.value(QStringLiteral("Date")).toDouble()};
-        if (o.contains(QStringLiteral("Font"))) {
-            const QJsonObject f = o.value(QStringLiteral("Font")).toObject();
-            auto font = std::make_shared<StdFont>();
-            font->SetName(f.value(QStringLiteral("Name")).toString());
-            font->SetSize(f.value(QStringLiteral("Size")).toDouble());
-            font->SetWeight(static_cast<short>(f.value(QStringLiteral("Weight")).toInt(StdFont::NormalWeight)));
-            font->SetItalic(f.value(QStringLiteral("Italic")).toBool());
-            font->SetUnderline(f.value(QStringLiteral("Underline")).toBool());
-            font->SetStrikethrough(f.value(QStringLiteral("Strikethrough")).toBool());
-            font->SetCharset(static_cast<short>(f.value(QStringLiteral("Charset")).toInt()));
-            mKeep.push_back(font);
-            return Variant(std::static_pointer_cast<QObject>(font));
         }
-        Raise(vbErrTypeMismatch);
+        if (o.contains(QStringLiteral("Font")))
+            return ReadFont(o.value(QStringLiteral("Font")));
+        BadValue(OneMarker());
     }
     default: Raise(vbErrTypeMismatch);
     }

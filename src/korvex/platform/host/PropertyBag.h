@@ -34,11 +34,14 @@ public:
     // Stored names no one has read: after loading, properties the control does not have.
     QStringList Unread() const;
 
-    // Variant to and from the JSON kept in the bag; raises 13 for values that cannot be stored.
+    // Variant to and from the JSON kept in the bag; raises 13 for values that cannot be stored
+    // and 380, saying what is wrong, for a marked value of the wrong shape.
     static QJsonValue ToJson(const Variant& value);
     Variant FromJson(const QJsonValue& json);
 
 private:
+    Variant ReadFont(const QJsonValue& json);
+
     QJsonObject mValues;
     QString mLastRead;
     QSet<QString> mRead;

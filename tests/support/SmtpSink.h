@@ -28,7 +28,9 @@ public:
         return QProcess::execute(QStringLiteral("/usr/bin/python3"), {QStringLiteral("-c"), QStringLiteral("import aiosmtpd")}) == 0;
     }
 
-    explicit SmtpSink(Mode mode, const QString& login = {}, const QString& password = {})
+    explicit SmtpSink(Mode mode, const QString& login = {}, const QString& password = {},
+                      const QString& host = QStringLiteral("127.0.0.1"))
+        : mHost(host)
     {
         static const char* const modes[] = {"plain", "starttls", "tls", "stall-greeting", "stall-starttls"};
         QStringList args{QStringLiteral(KORVEX_SMTP_SINK_SCRIPT), QStringLiteral("--mode"),
@@ -39,6 +41,7 @@ public:
         }
         if (!login.isEmpty())
             args << QStringLiteral("--auth") << login + QLatin1Char(':') + password;
+        args << QStringLiteral("--host") << host;
         mProcess.setProcessChannelMode(QProcess::ForwardedErrorChannel);
         mProcess.start(QStringLiteral("/usr/bin/python3"), args);
         EXPECT_TRUE(QTest::qWaitFor([&] { return mProcess.canReadLine() || mProcess.state() == QProcess::NotRunning; }, 15000));
@@ -57,7 +60,7 @@ public:
     SmtpSink& operator=(const SmtpSink&) = delete;
 
     int Port() const { return mPort; }
-    QString Server() const { return QStringLiteral("127.0.0.1:%1").arg(mPort); }
+    QString Server() const { return QStringLiteral("%1:%2").arg(mHost).arg(mPort); }
     QString CertFile() const { return mDir.filePath(QStringLiteral("cert.pem")); }
 
     // The summary of the n-th message received (1-based), waiting for it to arrive; an empty
@@ -98,10 +101,11 @@ private:
              QStringLiteral("-nodes"), QStringLiteral("-keyout"), mDir.filePath(QStringLiteral("key.pem")),
              QStringLiteral("-out"), CertFile(), QStringLiteral("-days"), QStringLiteral("2"), QStringLiteral("-subj"),
              QStringLiteral("/CN=localhost"), QStringLiteral("-addext"),
-             QStringLiteral("subjectAltName=IP:127.0.0.1,DNS:localhost")});
+             QStringLiteral("subjectAltName=IP:%1,DNS:localhost").arg(mHost)});
         EXPECT_EQ(rc, 0) << "openssl could not make a certificate";
     }
 
+    QString mHost;
     QTemporaryDir mDir;
     QProcess mProcess;
     int mPort = 0;

@@ -63,9 +63,9 @@ class Saver:
         return "250 OK"
 
 
-def free_port():
+def free_port(host):
     with socket.socket() as s:
-        s.bind(("127.0.0.1", 0))
+        s.bind((host, 0))
         return s.getsockname()[1]
 
 
@@ -94,8 +94,8 @@ def run_aiosmtpd(args):
         # aiosmtpd only knows about TLS it started itself (STARTTLS); under implicit TLS
         # the whole connection is encrypted already.
         kwargs["auth_require_tls"] = args.mode == "starttls"
-    port = free_port()
-    controller = Controller(Saver(args.dir), hostname="127.0.0.1", port=port,
+    port = free_port(args.host)
+    controller = Controller(Saver(args.dir), hostname=args.host, port=port,
                             ssl_context=context if args.mode == "tls" else None, **kwargs)
     controller.start()
     print("READY %d" % port, flush=True)
@@ -152,6 +152,7 @@ def main():
     parser.add_argument("--cert")
     parser.add_argument("--key")
     parser.add_argument("--auth")
+    parser.add_argument("--host", default="127.0.0.1")
     args = parser.parse_args()
     if args.mode.startswith("stall"):
         run_stalling(args)

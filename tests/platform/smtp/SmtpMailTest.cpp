@@ -12,6 +12,7 @@
 #include <QSignalSpy>
 
 #include <arpa/inet.h>
+#include <ifaddrs.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -147,6 +148,61 @@ TEST(SmtpMail, TlsSessionsWithAuth)
         mail.SetOptions(options);
         EXPECT_FALSE(mail.Connect());
     }
+}
+
+// This machine's first IPv4 address besides loopback, or nothing.
+QString OutsideAddress()
+{
+    ifaddrs* list = nullptr;
+    if (getifaddrs(&list) != 0)
+        return {};
+    QString found;
+    for (ifaddrs* a = list; a && found.isEmpty(); a = a->ifa_next) {
+        if (!a->ifa_addr || a->ifa_addr->sa_family != AF_INET)
+            continue;
+        const in_addr address = reinterpret_cast<sockaddr_in*>(a->ifa_addr)->sin_addr;
+        if ((ntohl(address.s_addr) >> 24) != 127) {
+            char text[INET_ADDRSTRLEN] = {};
+            found = QString::fromLatin1(inet_ntop(AF_INET, &address, text, sizeof text));
+        }
+    }
+    freeifaddrs(list);
+    return found;
+}
+
+// A plain session that logs in to another machine upgrades with STARTTLS first, and fails
+// rather than send the password in clear to a server that cannot.
+TEST(SmtpMail, PasswordsReachOtherMachinesOnlyEncrypted)
+{
+    SKIP_WITHOUT_SINK();
+    const QString outside = OutsideAddress();
+    if (outside.isEmpty())
+        GTEST_SKIP() << "skipped: this machine has no address besides loopback";
+    SmtpOptions options = QuickOptions();
+    options.userName = QStringLiteral("clerk");
+    options.password = QStringLiteral("s3cret");
+    {
+        SmtpSink sink(SmtpSink::Plain, QStringLiteral("clerk"), QStringLiteral("s3cret"), outside);
+        SmtpMail mail;
+        mail.SetSMTPHost(sink.Server());
+        mail.SetOptions(options);
+        EXPECT_FALSE(mail.Connect()) << "the server would have taken the password in clear";
+        EXPECT_TRUE(mail.LastError().contains(QStringLiteral("STARTTLS"))) << qPrintable(mail.LastError());
+    }
+    SmtpSink sink(SmtpSink::StartTls, QStringLiteral("clerk"), QStringLiteral("s3cret"), outside);
+    options.caFile = sink.CertFile();
+    SmtpMail mail;
+    mail.SetSMTPHost(sink.Server());
+    mail.SetOptions(options);
+    ASSERT_TRUE(mail.Connect()) << qPrintable(mail.LastError());
+    mail.SetFrom(QStringLiteral("clerk@example.com"));
+    mail.SetRecipient(QStringLiteral("boss@example.com"));
+    mail.SetSubject(QStringLiteral("Upgraded"));
+    mail.SetMessage(QStringLiteral("figures"));
+    EXPECT_TRUE(mail.Send()) << qPrintable(mail.LastError());
+    const QJsonObject message = sink.Message(1);
+    EXPECT_TRUE(message[QStringLiteral("tls")].toBool());
+    EXPECT_TRUE(message[QStringLiteral("authenticated")].toBool());
 }
 
 TEST(SmtpMail, StalledAndRefusedServersEndInFailure)

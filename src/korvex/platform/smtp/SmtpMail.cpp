@@ -7,6 +7,7 @@
 
 #include <QCoreApplication>
 #include <QDateTime>
+#include <QUrl>
 
 #include <curl/curl.h>
 
@@ -99,6 +100,16 @@ QString SmtpMail::Url() const
     return QStringLiteral("%1://%2:%3").arg(implicitTls ? QStringLiteral("smtps") : QStringLiteral("smtp"), host).arg(port);
 }
 
+bool SmtpMail::RequiresStartTlsForLogin() const
+{
+    // A password never crosses the network in clear: a plain session that logs in to another
+    // machine must upgrade with STARTTLS or fail. Only this machine's own server is exempt.
+    if (mOptions.userName.isEmpty() || mOptions.security != SmtpSecurity::None)
+        return false;
+    const QString host = QUrl(Url()).host();
+    return host != QLatin1String("localhost") && !host.startsWith(QLatin1String("127.")) && host != QLatin1String("::1");
+}
+
 void SmtpMail::ApplySessionOptions(void* handle) const
 {
     CURL* easy = static_cast<CURL*>(handle);
@@ -106,7 +117,7 @@ void SmtpMail::ApplySessionOptions(void* handle) const
     curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(mOptions.connectTimeoutMs));
     curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, static_cast<long>(mOptions.transferTimeoutMs));
-    if (mOptions.security == SmtpSecurity::StartTls)
+    if (mOptions.security == SmtpSecurity::StartTls || RequiresStartTlsForLogin())
         curl_easy_setopt(easy, CURLOPT_USE_SSL, static_cast<long>(CURLUSESSL_ALL));
     if (!mOptions.caFile.isEmpty())
         curl_easy_setopt(easy, CURLOPT_CAINFO, mOptions.caFile.toUtf8().constData());
@@ -148,7 +159,10 @@ bool SmtpMail::Connect()
     const CURLcode result = session->Perform(probe);
     curl_easy_cleanup(probe);
     if (result != CURLE_OK) {
-        mLastError = Explain(result, detail);
+        mLastError = result == CURLE_USE_SSL_FAILED && RequiresStartTlsForLogin()
+                         ? QStringLiteral("The SMTP server offers no STARTTLS, and the user name and password are not "
+                                          "sent over an unencrypted connection.")
+                         : Explain(result, detail);
         return false;
     }
     mSession = std::move(session);

@@ -19,7 +19,7 @@ enum class SmtpSecurity { None, StartTls, ImplicitTls };
 struct SmtpOptions {
     int port = 0;  // 0: 25, or 465 with implicit TLS
     SmtpSecurity security = SmtpSecurity::None;
-    QString userName;  // AUTH is used when given
+    QString userName;  // AUTH is used when given; to another machine only over TLS
     QString password;
     QString caFile;  // certificates to trust beyond the system's
     int connectTimeoutMs = 30000;  // until the session is ready to take mail
@@ -93,6 +93,7 @@ signals:
 private:
     struct Session;
     QString Url() const;
+    bool RequiresStartTlsForLogin() const;
     void ApplySessionOptions(void* easy) const;
     bool Fail(const QString& explanation);
 

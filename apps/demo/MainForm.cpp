@@ -15,6 +15,24 @@
 #include <cstdio>
 
 namespace demo {
+namespace {
+
+struct FormEntry {
+    const char* name;
+    const char* caption;
+};
+
+const std::vector<FormEntry>& DemoForms()
+{
+    static const std::vector<FormEntry> forms = {
+        {"frmWelcome", "Welcome"},   {"frmLabels", "Labels"},       {"frmInputs", "Inputs"},
+        {"frmNumbers", "Numbers"},   {"frmCustomers", "Customers"}, {"frmDisplay", "Display controls"},
+        {"frmEmail", "E-mail"},
+    };
+    return forms;
+}
+
+}  // namespace
 
 QString LanguageFile()
 {
@@ -25,13 +43,14 @@ MainForm::MainForm()
 {
     SetName(QStringLiteral("frmMDI"));
     SetCaption(QStringLiteral("Korvex Demo"));
-    resize(1000, 700);
+    resize(1280, 800);
     QMenu* window = menuBar()->addMenu(QStringLiteral("&Window"));
     window->addAction(QStringLiteral("&Tile"), Area(), &QMdiArea::tileSubWindows);
     window->addAction(QStringLiteral("&Cascade"), Area(), &QMdiArea::cascadeSubWindows);
     statusBar()->showMessage(QStringLiteral("Ready"));
 
-    // The side bar lists the forms; a click brings a form forward, opening it when needed.
+    // The side bar lists the forms; a click brings a form forward, opening it when needed. Forms
+    // left behind stay open, so an edit in one of them is never lost by looking at another.
     auto* dock = new QDockWidget(this);
     dock->setFeatures(QDockWidget::NoDockWidgetFeatures);
     dock->setTitleBarWidget(new QWidget(dock));
@@ -43,15 +62,8 @@ MainForm::MainForm()
     addDockWidget(Qt::LeftDockWidgetArea, dock);
     korvex::Tasks& tasks = *mNavigation->Tasks();
     tasks.Add(QStringLiteral("Forms"), QStringLiteral("Forms"), 0, korvex::tbtDown, korvex::tsInactive);
-    const std::pair<const char*, const char*> forms[] = {
-        {"frmWelcome", "Welcome"},   {"frmLabels", "Labels"},       {"frmInputs", "Inputs"},
-        {"frmNumbers", "Numbers"},   {"frmCustomers", "Customers"}, {"frmDisplay", "Display controls"},
-    };
-    for (const auto& [name, caption] : forms)
+    for (const auto& [name, caption] : DemoForms())
         tasks.Add(QLatin1String(name), QLatin1String(caption), 1);
-    tasks.Add(QStringLiteral("Window"), QStringLiteral("Window"), 0, korvex::tbtDown, korvex::tsInactive);
-    tasks.Add(QStringLiteral("Tile"), QStringLiteral("Tile the forms"), 1);
-    tasks.Add(QStringLiteral("Cascade"), QStringLiteral("Cascade the forms"), 1);
     connect(mNavigation, &korvex::TasksSideBar::TaskClick, this, [this](korvex::Task* task) { Navigate(task); });
     connect(Area(), &QMdiArea::subWindowActivated, this, [this](QMdiSubWindow* active) {
         if (auto* form = active ? qobject_cast<korvex::Form*>(active->widget()) : nullptr)
@@ -61,29 +73,44 @@ MainForm::MainForm()
 
 void MainForm::Navigate(korvex::Task* task)
 {
-    if (task->Key() == QLatin1String("Tile")) {
-        Area()->tileSubWindows();
-        return;
-    }
-    if (task->Key() == QLatin1String("Cascade")) {
-        Area()->cascadeSubWindows();
-        return;
-    }
+    if (task->IndentLevel() > 0)
+        ShowForm(task->Key());
+}
+
+QStringList MainForm::FormNames() const
+{
+    QStringList names;
+    for (const FormEntry& entry : DemoForms())
+        names << QLatin1String(entry.name);
+    return names;
+}
+
+void MainForm::SetScreen(const QString& formName, std::function<void(korvex::Form&)> attach)
+{
+    mScreens.insert(formName, std::move(attach));
+}
+
+korvex::Form* MainForm::ShowForm(const QString& name)
+{
+    korvex::Form* form = nullptr;
     for (korvex::Form* child : Children()) {
-        if (child->Name() == task->Key()) {
-            if (auto* window = qobject_cast<QMdiSubWindow*>(child->parentWidget()))
-                Area()->setActiveSubWindow(window);
-            return;
-        }
+        if (child->Name() == name)
+            form = child;
     }
-    OpenForm(task->Key());
+    if (!form)
+        form = OpenForm(name);
+    if (auto* window = qobject_cast<QMdiSubWindow*>(form->parentWidget())) {
+        window->showMaximized();
+        Area()->setActiveSubWindow(window);
+    }
+    return form;
 }
 
 void MainForm::MarkActive(const QString& formName)
 {
     // The form in front is the current step; the others stay menu entries.
     for (korvex::Task* task : mNavigation->Tasks()->NewEnum()) {
-        if (task->IndentLevel() == 0 || task->Key() == QLatin1String("Tile") || task->Key() == QLatin1String("Cascade"))
+        if (task->IndentLevel() == 0)
             continue;
         const int state = task->Key() == formName ? korvex::tsActiveItem : korvex::tsMenuItem;
         if (task->State() != state)
@@ -99,6 +126,8 @@ korvex::Form* MainForm::OpenForm(const QString& name)
     mChildren.push_back(std::move(form));
     shown->Show();
     korvex::Trace(shown->Name() + QStringLiteral("\tForm_Load"), 0);
+    if (auto screen = mScreens.constFind(name); screen != mScreens.constEnd())
+        (*screen)(*shown);
     return shown;
 }
 

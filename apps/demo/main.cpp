@@ -1,6 +1,6 @@
 // The Korvex demo: an MDI main form with the library initialised and the demo's forms inside.
-// With --screenshot DIR it renders every open form to DIR/<form name>.png and exits, for
-// machines without a display.
+// With --screenshot DIR it shows each form in turn, renders the window to DIR/<form name>.png
+// and exits, for machines without a display.
 #include "CustomerScreen.h"
 #include "DemoDatabase.h"
 #include "EmailScreen.h"
@@ -33,39 +33,51 @@ public:
     korvex::Variant UserId() const override { return korvex::Variant(QStringLiteral("demo")); }
 };
 
-bool SaveFormShot(korvex::Form& form, const QString& dir, const QString& suffix = {})
+// What the user sees: the main window with the side bar and the form in front. The side bar
+// draws a moment after a change, so the picture waits for it.
+bool SaveShot(demo::MainForm& main, const QString& dir, const QString& name)
 {
-    QApplication::processEvents();
-    return form.grab().save(QDir(dir).filePath(form.Name() + suffix + QStringLiteral(".png")));
+    QEventLoop settle;
+    QTimer::singleShot(60, &settle, &QEventLoop::quit);
+    settle.exec();
+    return main.grab().save(QDir(dir).filePath(name + QStringLiteral(".png")));
 }
 
+// Every form of the side bar in turn.
 bool SaveScreenshots(demo::MainForm& main, const QString& dir)
 {
     QDir().mkpath(dir);
-    bool ok = main.grab().save(QDir(dir).filePath(main.Name() + QStringLiteral(".png")));
-    for (korvex::Form* child : main.Children())
-        ok = SaveFormShot(*child, dir) && ok;
+    main.ShowForm(QStringLiteral("frmWelcome"));
+    bool ok = SaveShot(main, dir, main.Name());
+    for (const QString& name : main.FormNames()) {
+        main.ShowForm(name);
+        ok = SaveShot(main, dir, name) && ok;
+    }
     return ok;
 }
 
-// The customer form in each edit mode: viewing, editing with a changed name, saved, adding.
-bool ShootCustomerModes(korvex::Form& form, demo::CustomerScreen& screen, const QString& dir)
+// The customer form in each edit mode: viewing, editing with a changed name, saved, adding;
+// then the labels once more in German, to show the captions come from the language file.
+bool SaveMoreScreenshots(demo::MainForm& main, demo::CustomerScreen& customers, const QString& dir)
 {
-    korvex::DataBindingSource& source = screen.Source();
-    if (auto* frame = qobject_cast<QMdiSubWindow*>(form.parentWidget()))
-        frame->showMaximized();
-    bool ok = SaveFormShot(form, dir, QStringLiteral("_Viewing"));
+    korvex::Form& form = *main.ShowForm(QStringLiteral("frmCustomers"));
+    korvex::DataBindingSource& source = customers.Source();
+    bool ok = SaveShot(main, dir, QStringLiteral("frmCustomers_Viewing"));
     auto* name = static_cast<korvex::TextBox*>(form.FindControl(QStringLiteral("txtName")));
-    screen.Run([&] { source.Edit(); });
+    customers.Run([&] { source.Edit(); });
     name->LineEdit()->setFocus();
     name->LineEdit()->setText(name->Text() + QStringLiteral(" (edited)"));
-    ok = SaveFormShot(form, dir, QStringLiteral("_Editing")) && ok;
-    screen.Run([&] { source.Save(); });
-    ok = SaveFormShot(form, dir, QStringLiteral("_Saved")) && ok;
-    screen.Run([&] { source.Add(); });
-    ok = SaveFormShot(form, dir, QStringLiteral("_Adding")) && ok;
-    screen.Run([&] { source.Cancel(); });
-    return ok;
+    ok = SaveShot(main, dir, QStringLiteral("frmCustomers_Editing")) && ok;
+    customers.Run([&] { source.Save(); });
+    ok = SaveShot(main, dir, QStringLiteral("frmCustomers_Saved")) && ok;
+    customers.Run([&] { source.Add(); });
+    ok = SaveShot(main, dir, QStringLiteral("frmCustomers_Adding")) && ok;
+    customers.Run([&] { source.Cancel(); });
+    korvex::clsLanguage::Global().LanguageInitialise(1, demo::LanguageFile());
+    korvex::Form* german = main.OpenForm(QStringLiteral("frmLabels"));
+    if (auto* frame = qobject_cast<QMdiSubWindow*>(german->parentWidget()))
+        frame->showMaximized();
+    return SaveShot(main, dir, QStringLiteral("frmLabels_German")) && ok;
 }
 
 }  // namespace
@@ -78,7 +90,7 @@ int main(int argc, char** argv)
     parser.setApplicationDescription(QStringLiteral("The Korvex demo application."));
     parser.addHelpOption();
     const QCommandLineOption screenshot(QStringLiteral("screenshot"),
-                                        QStringLiteral("Render every open form to DIR and exit."), QStringLiteral("DIR"));
+                                        QStringLiteral("Render each form to DIR and exit."), QStringLiteral("DIR"));
     const QCommandLineOption language(QStringLiteral("language"),
                                       QStringLiteral("The language: 0 English, 1 German, 2 French, 3 American, 4 Dutch."),
                                       QStringLiteral("N"), QStringLiteral("0"));
@@ -92,41 +104,24 @@ int main(int argc, char** argv)
     DemoUser user;
     korvex::clsPublic::Global().InitZqControls(&user, korvex::Screen::Instance(), &main);
     main.Show();
-    main.OpenForm(QStringLiteral("frmWelcome"));
-    main.OpenForm(QStringLiteral("frmLabels"));
-    main.OpenForm(QStringLiteral("frmInputs"));
-    main.OpenForm(QStringLiteral("frmNumbers"));
-    main.OpenForm(QStringLiteral("frmDisplay"));
-    new demo::EmailScreen(*main.OpenForm(QStringLiteral("frmEmail")));
+    main.SetScreen(QStringLiteral("frmEmail"), [](korvex::Form& form) { new demo::EmailScreen(form); });
     // Screenshots work on a fresh database of their own; the demo keeps its data between runs.
     QTemporaryDir scratch;
-    korvex::Form* customers = nullptr;
-    demo::CustomerScreen* customerScreen = nullptr;
+    demo::CustomerScreen* customers = nullptr;
     try {
         demo::OpenDemoDatabase(parser.isSet(screenshot) ? scratch.filePath(QStringLiteral("customers.db"))
                                                         : demo::DefaultDatabasePath());
-        customers = main.OpenForm(QStringLiteral("frmCustomers"));
-        customerScreen = new demo::CustomerScreen(*customers);
+        main.SetScreen(QStringLiteral("frmCustomers"),
+                       [&customers](korvex::Form& form) { customers = new demo::CustomerScreen(form); });
     } catch (const korvex::Error& error) {
         korvex::MsgBox(QStringLiteral("The customer database cannot be opened:\r\n") + error.Description(),
                        korvex::vbExclamation, QStringLiteral("Korvex Demo"));
     }
-    // Screenshots get a main window large enough that each tiled form shows at its designed size.
-    if (parser.isSet(screenshot))
-        main.resize(1280, 960);
-    main.Area()->tileSubWindows();
+    main.ShowForm(QStringLiteral("frmWelcome"));
 
     if (parser.isSet(screenshot)) {
-        // Long enough for the timers that draw late (the side bar gathers its changes first).
-        QEventLoop settle;
-        QTimer::singleShot(100, &settle, &QEventLoop::quit);
-        settle.exec();
         bool ok = SaveScreenshots(main, parser.value(screenshot));
-        ok = customerScreen && ShootCustomerModes(*customers, *customerScreen, parser.value(screenshot)) && ok;
-        // The labels once more in German, to show the captions come from the language file.
-        korvex::clsLanguage::Global().LanguageInitialise(1, demo::LanguageFile());
-        korvex::Form* german = main.OpenForm(QStringLiteral("frmLabels"));
-        ok = SaveFormShot(*german, parser.value(screenshot), QStringLiteral("_German")) && ok;
+        ok = customers && SaveMoreScreenshots(main, *customers, parser.value(screenshot)) && ok;
         korvex::clsPublic::Global().UninitVyrInvControls();
         return ok ? 0 : 1;
     }

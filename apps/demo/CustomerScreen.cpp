@@ -2,12 +2,15 @@
 // the focus from the box being typed in, and the edit mode shown as it changes.
 #include "CustomerScreen.h"
 
+#include "MainForm.h"
+
 #include "korvex/data/DataBindingSource.h"
 #include "korvex/data/clsDatabase.h"
 #include "korvex/platform/adosql/Connection.h"
 #include "korvex/platform/ado/Recordset.h"
 #include "korvex/platform/host/Form.h"
 #include "korvex/platform/host/Label.h"
+#include "korvex/forms/ZqForm.h"
 #include "korvex/platform/desktop/MessageBoxService.h"
 #include "korvex/runtime/Conversions.h"
 
@@ -51,11 +54,17 @@ CustomerScreen::CustomerScreen(Form& form) : QObject(&form), mForm(form)
     OnButton("cmdLast", [this] { mRS->MoveLast(); });
     OnButton("cmdAdd", [this] { mSource->Add(); });
     OnButton("cmdEdit", [this] { mSource->Edit(); });
-    OnButton("cmdSave", [this] { mSource->Save(); });
-    OnButton("cmdCancel", [this] { mSource->Cancel(); });
-    OnButton("cmdDelete", [this] { mSource->Delete(); });
+    OnButton("cmdSave", [this] { mSource->Save(); }, ZqMsg_Fail_Update);
+    OnButton("cmdCancel", [this] {
+        if (FormService(mForm).MsgBoxZqStd(ZqMsg_CancelConfirm) == vbYes)
+            mSource->Cancel();
+    });
+    OnButton("cmdDelete", [this] {
+        if (FormService(mForm).MsgBoxZqStd(ZqMsg_DeleteConfirm) == vbYes)
+            mSource->Delete();
+    }, ZqMsg_Fail_Delete);
     auto* save = new QShortcut(QKeySequence::Save, &form);
-    connect(save, &QShortcut::activated, this, [this] { Run([this] { mSource->Save(); }); });
+    connect(save, &QShortcut::activated, this, [this] { Run([this] { mSource->Save(); }, ZqMsg_Fail_Update); });
 
     mRS = std::make_shared<ado::Recordset>();
     mRS->Open(Variant(QStringLiteral("SELECT * FROM customers ORDER BY \"CustomerId\"")),
@@ -65,20 +74,27 @@ CustomerScreen::CustomerScreen(Form& form) : QObject(&form), mForm(form)
     ShowState();
 }
 
-void CustomerScreen::Run(const std::function<void()>& action)
+void CustomerScreen::Run(const std::function<void()>& action, int failure)
 {
     try {
         action();
     } catch (const Error& error) {
-        MsgBox(error.Description(), vbExclamation, mForm.Caption(), &mForm);
+        ZqForm& service = FormService(mForm);
+        // The binding's errors carry negative object error numbers, which would hide the
+        // description altogether: the user is told the description alone.
+        const int number = error.Number() > 0 ? error.Number() : 0;
+        if (failure >= 0)
+            service.MsgBoxZqStd(failure, QStringLiteral("the customer"), QString(), number, error.Description());
+        else
+            service.MsgBoxZq(error.Description(), vbExclamation, QString(), number);
     }
     ShowState();
 }
 
-void CustomerScreen::OnButton(const char* name, std::function<void()> action)
+void CustomerScreen::OnButton(const char* name, std::function<void()> action, int failure)
 {
     Control* button = mForm.FindControl(QString::fromLatin1(name));
-    connect(button, &Control::Click, this, [this, action = std::move(action)] { Run(action); });
+    connect(button, &Control::Click, this, [this, action = std::move(action), failure] { Run(action, failure); });
 }
 
 void CustomerScreen::ShowMode(int mode)

@@ -27,12 +27,13 @@ public:
 
     korvex::DataBindingSource& Source() const { return *mSource; }
 
-    // Runs an action as the buttons do: an error the library raises is shown to the user, and
-    // the edit mode and buttons follow.
-    void Run(const std::function<void()>& action);
+    // Runs an action as the buttons do: an error the library raises is shown to the user (as
+    // the standard failure message `failure`, or as it stands when there is none), and the edit
+    // mode and buttons follow.
+    void Run(const std::function<void()>& action, int failure = -1);
 
 private:
-    void OnButton(const char* name, std::function<void()> action);
+    void OnButton(const char* name, std::function<void()> action, int failure = -1);
     void ShowState();
     void ShowMode(int mode);
 

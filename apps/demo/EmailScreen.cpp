@@ -2,6 +2,9 @@
 // nothing but a running SMTP sink.
 #include "EmailScreen.h"
 
+#include "MainForm.h"
+
+#include "korvex/platform/desktop/MessageBoxService.h"
 #include "korvex/platform/host/Form.h"
 #include "korvex/platform/host/Label.h"
 #include "korvex/platform/host/TextBox.h"
@@ -41,6 +44,9 @@ bool EmailScreen::Send()
     static_cast<Label*>(mForm.FindControl(QStringLiteral("lblResult")))
         ->SetCaption(sent ? QStringLiteral("Sent.") : QStringLiteral("Not sent."));
     static_cast<TextBox*>(mForm.FindControl(QStringLiteral("txtLog")))->SetText(mEmail.GetEmailLog());
+    // A failure has been told already by the sender itself.
+    if (sent)
+        FormService(mForm).MsgBoxZq(QStringLiteral("The message was sent to %1.").arg(Text("txtTo")), vbInformation);
     return sent;
 }
 

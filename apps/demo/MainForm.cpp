@@ -2,7 +2,8 @@
 // side bar that navigates between the forms.
 #include "MainForm.h"
 
-#include "korvex/core/Trace.h"
+#include "korvex/forms/ZqFormHeader.h"
+#include "korvex/platform/desktop/MessageBoxService.h"
 #include "korvex/platform/host/FormFile.h"
 #include "korvex/runtime/Conversions.h"
 
@@ -37,6 +38,11 @@ const std::vector<FormEntry>& DemoForms()
 QString LanguageFile()
 {
     return QCoreApplication::applicationDirPath() + QStringLiteral("/Korvex.lng");
+}
+
+korvex::ZqForm& FormService(korvex::Form& form)
+{
+    return *static_cast<korvex::ZqForm*>(form.FindControl(QStringLiteral("zqfForm")));
 }
 
 MainForm::MainForm()
@@ -124,8 +130,16 @@ korvex::Form* MainForm::OpenForm(const QString& name)
     form->SetMDIChild(true);
     korvex::Form* shown = form.get();
     mChildren.push_back(std::move(form));
+    // The form's service writes its load line to the trace; its header's buttons act here.
     shown->Show();
-    korvex::Trace(shown->Name() + QStringLiteral("\tForm_Load"), 0);
+    if (auto* header = qobject_cast<korvex::ZqFormHeader*>(shown->FindControl(QStringLiteral("zqhHeader")))) {
+        connect(header, &korvex::ZqFormHeader::HelpClicked, shown, [shown] {
+            FormService(*shown).MsgBoxZq(
+                QStringLiteral("The help for \"%1\" is topic %2 of the Korvex help.").arg(shown->Caption()).arg(shown->HelpContextID()),
+                korvex::vbInformation);
+        });
+        connect(header, &korvex::ZqFormHeader::CloseClicked, this, [this] { ShowForm(QStringLiteral("frmWelcome")); });
+    }
     if (auto screen = mScreens.constFind(name); screen != mScreens.constEnd())
         (*screen)(*shown);
     return shown;

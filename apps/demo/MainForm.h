@@ -4,6 +4,7 @@
 #pragma once
 
 #include "korvex/controls/display/TasksSideBar.h"
+#include "korvex/forms/ZqForm.h"
 #include "korvex/platform/host/MDIForm.h"
 #include "korvex/runtime/Variant.h"
 
@@ -16,6 +17,9 @@ namespace demo {
 
 // The demo's language file, which the build puts beside the program.
 QString LanguageFile();
+
+// The form service every demo form holds ("zqfForm"): the demo's messages go through it.
+korvex::ZqForm& FormService(korvex::Form& form);
 
 class MainForm : public korvex::MDIForm {
     Q_OBJECT

@@ -105,6 +105,7 @@ int main(int argc, char** argv)
     korvex::clsPublic::Global().InitZqControls(&user, korvex::Screen::Instance(), &main);
     main.Show();
     main.SetScreen(QStringLiteral("frmEmail"), [](korvex::Form& form) { new demo::EmailScreen(form); });
+    korvex::Form* welcome = main.ShowForm(QStringLiteral("frmWelcome"));
     // Screenshots work on a fresh database of their own; the demo keeps its data between runs.
     QTemporaryDir scratch;
     demo::CustomerScreen* customers = nullptr;
@@ -114,10 +115,9 @@ int main(int argc, char** argv)
         main.SetScreen(QStringLiteral("frmCustomers"),
                        [&customers](korvex::Form& form) { customers = new demo::CustomerScreen(form); });
     } catch (const korvex::Error& error) {
-        korvex::MsgBox(QStringLiteral("The customer database cannot be opened:\r\n") + error.Description(),
-                       korvex::vbExclamation, QStringLiteral("Korvex Demo"));
+        demo::FormService(*welcome).MsgBoxZq(QStringLiteral("The customer database cannot be opened."), korvex::vbExclamation,
+                                             QString(), 0, error.Description());
     }
-    main.ShowForm(QStringLiteral("frmWelcome"));
 
     if (parser.isSet(screenshot)) {
         bool ok = SaveScreenshots(main, parser.value(screenshot));

@@ -9,6 +9,20 @@
 
 namespace korvex {
 
+void AppendErrorDetails(QString& prompt, int errNo, const QString& errDesc)
+{
+    const QString description = Trim(errDesc);
+    if (description.size() + errNo < 1)
+        return;
+    prompt += QStringLiteral("\r\n\r\n");
+    if (errNo > 0) {
+        prompt += QStringLiteral("Error '%1'").arg(errNo);
+        if (!description.isEmpty())
+            prompt += QStringLiteral(" : ");
+    }
+    prompt += errDesc;
+}
+
 int LibMsgBox(QString& Prompt, int Buttons, QString Title, int ErrNo, const QString& ErrDesc)
 {
     Form* active = Screen::Instance()->ActiveForm();
@@ -19,16 +33,7 @@ int LibMsgBox(QString& Prompt, int Buttons, QString Title, int ErrNo, const QStr
         if (active && !plainTitled.contains(active->Name()))
             Title += QStringLiteral(" - ") + active->Caption();
     }
-    const QString description = Trim(ErrDesc);
-    if (description.size() + ErrNo >= 1) {
-        Prompt += QStringLiteral("\r\n\r\n");
-        if (ErrNo > 0) {
-            Prompt += QStringLiteral("Error '%1'").arg(ErrNo);
-            if (!description.isEmpty())
-                Prompt += QStringLiteral(" : ");
-        }
-        Prompt += ErrDesc;
-    }
+    AppendErrorDetails(Prompt, ErrNo, ErrDesc);
     return MessageBoxService::Current().Show(Prompt, Buttons, Title, active);
 }
 

@@ -17,6 +17,7 @@
 #include "tests/support/PinnedSettings.h"
 #include "tests/support/Printers.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QDir>
 #include <QJsonDocument>
@@ -61,6 +62,15 @@ public:
     StdFont font;
 };
 KORVEX_REGISTER_CONTROL(Gauge);
+
+// A band that may be docked, as title bands and side bars are.
+class Band : public UserControl {
+    Q_OBJECT
+public:
+    using UserControl::UserControl;
+    bool Alignable() const override { return true; }
+};
+KORVEX_REGISTER_CONTROL(Band);
 
 std::unique_ptr<Form> SampleForm()
 {
@@ -333,6 +343,62 @@ TEST(FormFile, TheSchemaDescribesWhatIsWrittenAndTheLoaderRefusesWhatItRefuses)
         const QString said = refused + told.join(QLatin1Char('\n'));
         EXPECT_TRUE(said.contains(QString::fromUtf8(r.loaderMentions))) << r.json << " -> " << said.toStdString();
     }
+}
+
+TEST(FormFile, DockedControlsTakeTheEdgesInCreationOrderAndFollowTheContainer)
+{
+    test::PinnedSettings pin;
+    auto form = FormFile::FromJson(R"({"Type": "Form", "Name": "frmDock", "Properties": {"HelpContextID": 12}, "Controls": [
+        {"Type": "Band", "Name": "bndTop", "Extender": {"Left": 300, "Top": 300, "Width": 600, "Height": 450, "Align": 1}},
+        {"Type": "Band", "Name": "bndLeft", "Extender": {"Width": 900, "Height": 300, "Align": 3}},
+        {"Type": "Band", "Name": "bndBottom", "Extender": {"Width": 600, "Height": 150, "Align": 2}},
+        {"Type": "Band", "Name": "bndTop2", "Extender": {"Width": 600, "Height": 150, "Align": 1}}]})",
+                                   QStringLiteral("dock.json"));
+    EXPECT_EQ(form->HelpContextID(), 12);
+    form->resize(400, 300);
+    form->show();
+    QApplication::processEvents();
+    const QWidget* client = form->Client();
+    const int w = client->width();
+    const int h = client->height();
+    const auto at = [&](const char* name) { return form->FindControl(QString::fromLatin1(name))->geometry(); };
+    EXPECT_EQ(at("bndTop"), QRect(0, 0, w, 30)) << "the first docked along the top takes the whole width";
+    EXPECT_EQ(at("bndLeft"), QRect(0, 30, 60, h - 30)) << "the next takes what the first left";
+    EXPECT_EQ(at("bndBottom"), QRect(60, h - 10, w - 60, 10));
+    EXPECT_EQ(at("bndTop2"), QRect(60, 30, w - 60, 10));
+
+    form->FindControl(QStringLiteral("bndTop"))->SetVisible(false);
+    EXPECT_EQ(at("bndLeft").top(), 0) << "a hidden band leaves its room";
+    form->resize(500, 360);
+    QApplication::processEvents();
+    EXPECT_EQ(at("bndBottom").bottom(), client->height() - 1) << "the docked follow the container";
+    EXPECT_EQ(at("bndTop2").width(), client->width() - 60);
+
+    auto* text = static_cast<TextBox*>(FormFile::AddNewControl(*form, QStringLiteral("TextBox"), QStringLiteral("txtName")));
+    EXPECT_EQ(test::ErrorOf([&] { text->SetAlign(vbAlignTop); }), vbErrInvalidPropertyValue) << "a text box cannot be docked";
+    auto* band = form->FindControl(QStringLiteral("bndTop2"));
+    EXPECT_EQ(test::ErrorOf([&] { band->SetAlign(5); }), vbErrInvalidPropertyValue);
+    EXPECT_TRUE(FormFile::ToJson(*form).contains("\"Align\": 2")) << "the edge is kept with the form";
+}
+
+TEST(FormFile, LabelsTakeAnAmpersandAsAnAccessKeyMarker)
+{
+    Form form;
+    auto* label = new Label(form.Client());
+    struct Row {
+        const char* caption;
+        const char* shown;
+    };
+    const Row rows[] = {{"&Name:", "Name:"}, {"R&&D", "R&D"}, {"Save &", "Save &"}, {"a&&&b", "a&b"}, {"plain", "plain"}};
+    for (const Row& r : rows) {
+        label->SetCaption(QString::fromLatin1(r.caption));
+        EXPECT_EQ(label->ShownText(), r.shown) << r.caption;
+        EXPECT_EQ(label->Caption(), r.caption) << "the caption reads back as given";
+    }
+    label->SetUseMnemonic(false);
+    EXPECT_EQ(label->ShownText(), "plain");
+    label->SetCaption(QStringLiteral("R&&D"));
+    EXPECT_EQ(label->ShownText(), "R&&D") << "without mnemonics every ampersand shows";
 }
 
 }  // namespace

@@ -18,6 +18,8 @@
 #include <QScopedValueRollback>
 #include <QTimer>
 
+#include <algorithm>
+
 namespace korvex {
 
 Q_LOGGING_CATEGORY(lcForms, "korvex.forms")
@@ -50,6 +52,49 @@ void ShowUncaught(const QObject*, const Error& error)
     if (error.Number() > 0)
         prompt += QStringLiteral("Error '%1'").arg(error.Number()) + (error.Description().isEmpty() ? QString() : QStringLiteral(" : "));
     MsgBox(prompt + error.Description(), vbCritical);
+}
+
+// Docks the aligned controls of a container in creation order, each taking its edge of the room
+// the ones before it left, as the host docks picture boxes and title bands.
+void DockAligned(QWidget* container)
+{
+    static thread_local bool docking = false;
+    if (docking)
+        return;
+    const QScopedValueRollback guard(docking, true);
+    QList<Control*> docked;
+    for (QObject* child : container->children()) {
+        auto* c = qobject_cast<Control*>(child);
+        // A control not yet shown counts (a new one is shown after it is placed); one the
+        // program hid leaves its room to the others.
+        const bool hidden = c && c->isHidden() && c->testAttribute(Qt::WA_WState_ExplicitShowHide);
+        if (c && c->Align() != vbAlignNone && !hidden)
+            docked.append(c);
+    }
+    std::stable_sort(docked.begin(), docked.end(),
+                     [](const Control* a, const Control* b) { return a->CreationOrder() < b->CreationOrder(); });
+    QRect room = container->rect();
+    for (Control* c : docked) {
+        switch (c->Align()) {
+        case vbAlignTop:
+            c->setGeometry(room.left(), room.top(), room.width(), c->height());
+            room.setTop(room.top() + c->height());
+            break;
+        case vbAlignBottom:
+            c->setGeometry(room.left(), room.bottom() + 1 - c->height(), room.width(), c->height());
+            room.setBottom(room.bottom() - c->height());
+            break;
+        case vbAlignLeft:
+            c->setGeometry(room.left(), room.top(), c->width(), room.height());
+            room.setLeft(room.left() + c->width());
+            break;
+        case vbAlignRight:
+            c->setGeometry(room.right() + 1 - c->width(), room.top(), c->width(), room.height());
+            room.setRight(room.right() - c->width());
+            break;
+        default: break;
+        }
+    }
 }
 
 }  // namespace
@@ -178,6 +223,7 @@ void Control::SetLeft(int twips)
     move(TwipsToPixelsX(twips), y());
     mLeft = {twips, TwipsToPixelsX(twips)};
     GeometryChanged();
+    Redock();
 }
 
 void Control::SetTop(int twips)
@@ -185,6 +231,7 @@ void Control::SetTop(int twips)
     move(x(), TwipsToPixelsY(twips));
     mTop = {twips, TwipsToPixelsY(twips)};
     GeometryChanged();
+    Redock();
 }
 
 void Control::SetWidth(int twips)
@@ -194,6 +241,7 @@ void Control::SetWidth(int twips)
     resize(TwipsToPixelsX(twips), height());
     mWidth = {twips, TwipsToPixelsX(twips)};
     GeometryChanged();
+    Redock();
 }
 
 void Control::SetHeight(int twips)
@@ -203,6 +251,7 @@ void Control::SetHeight(int twips)
     resize(width(), TwipsToPixelsY(twips));
     mHeight = {twips, TwipsToPixelsY(twips)};
     GeometryChanged();
+    Redock();
 }
 
 void Control::Move(int left, int top, int width, int height)
@@ -219,6 +268,26 @@ void Control::Move(int left, int top, int width, int height)
     if (height != -1)
         mHeight = {height, TwipsToPixelsY(height)};
     GeometryChanged();
+    Redock();
+}
+
+void Control::SetAlign(short align)
+{
+    if (align < vbAlignNone || align > vbAlignRight || (align != vbAlignNone && !Alignable()))
+        Raise(vbErrInvalidPropertyValue, mName + QStringLiteral(".Align"));
+    mAlign = align;
+    if (QWidget* container = parentWidget()) {
+        container->removeEventFilter(this);
+        if (align != vbAlignNone)
+            container->installEventFilter(this);
+    }
+    Redock();
+}
+
+void Control::Redock()
+{
+    if (mAlign != vbAlignNone && parentWidget())
+        DockAligned(parentWidget());
 }
 
 void Control::SetEnabled(bool enabled)
@@ -362,8 +431,18 @@ void Control::RaiseMouse(QEvent::Type type, QMouseEvent* event)
     }
 }
 
+bool Control::event(QEvent* event)
+{
+    const bool result = QWidget::event(event);
+    if (event->type() == QEvent::ShowToParent || event->type() == QEvent::HideToParent)
+        Redock();
+    return result;
+}
+
 bool Control::eventFilter(QObject* watched, QEvent* event)
 {
+    if (mAlign != vbAlignNone && watched == parentWidget() && event->type() == QEvent::Resize)
+        Redock();
     if (watched != mInput || mRetyping)
         return QWidget::eventFilter(watched, event);
     // The host's key, mouse and focus handlers run from here.

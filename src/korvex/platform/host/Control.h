@@ -22,6 +22,8 @@ class PropertyBag;
 enum ShiftConstants : short { vbShiftMask = 1, vbCtrlMask = 2, vbAltMask = 4 };
 // Mouse buttons of mouse events.
 enum MouseButtonConstants : short { vbLeftButton = 1, vbRightButton = 2, vbMiddleButton = 4 };
+// The edge of its container an alignable control is docked to.
+enum AlignConstants : short { vbAlignNone = 0, vbAlignTop = 1, vbAlignBottom = 2, vbAlignLeft = 3, vbAlignRight = 4 };
 
 class Control : public QWidget {
     Q_OBJECT
@@ -40,6 +42,7 @@ class Control : public QWidget {
     Q_PROPERTY(short Index READ Index)
     Q_PROPERTY(bool CausesValidation READ CausesValidation WRITE SetCausesValidation)
     Q_PROPERTY(QString ToolTipText READ ToolTipText WRITE SetToolTipText)
+    Q_PROPERTY(short Align READ Align WRITE SetAlign)
     Q_PROPERTY(qlonglong hWnd READ hWnd)
 
 public:
@@ -85,6 +88,13 @@ public:
     void SetCausesValidation(bool causes) { mCausesValidation = causes; }
     QString ToolTipText() const { return toolTip(); }
     void SetToolTipText(const QString& text) { setToolTip(text); }
+    // Docked to an edge of the container: as wide (or as high) as the container, following its
+    // resizes, after the controls docked before it. Raises 380 for a value out of range and
+    // for any value but vbAlignNone on a control that cannot be docked.
+    short Align() const noexcept { return mAlign; }
+    void SetAlign(short align);
+    // Whether the control can be docked (a title band, a side bar); most controls cannot.
+    virtual bool Alignable() const { return false; }
     // A number that identifies the control's window for its life.
     qlonglong hWnd() const { return static_cast<qlonglong>(reinterpret_cast<quintptr>(this)); }
 
@@ -149,6 +159,7 @@ protected:
     // something else raise it themselves).
     virtual bool ClickOnMouseUp() const { return true; }
 
+    bool event(QEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
@@ -156,6 +167,8 @@ private:
     bool RaiseEventsOf(QEvent* event);
     bool TranslateKeyPress(QKeyEvent* event);
     QSize DesignedSize() const;
+    // Puts the docked controls of the container back along its edges.
+    void Redock();
     void RaiseMouse(QEvent::Type type, QMouseEvent* event);
 
     // The twips the host gave for a position or size, kept while the widget has the pixels they
@@ -175,6 +188,7 @@ private:
     KeptTwips mHeight;
     short mTabIndex = 0;
     short mIndex = -1;
+    short mAlign = vbAlignNone;
     bool mTabStop = true;
     bool mCausesValidation = true;
     QPointer<QWidget> mInput;

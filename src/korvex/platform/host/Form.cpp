@@ -177,6 +177,15 @@ void Form::Show(int modal)
     show();
 }
 
+void Form::ZOrder(int position)
+{
+    QWidget* window = qobject_cast<QMdiSubWindow*>(parentWidget()) ? parentWidget() : this;
+    if (position == 0)
+        window->raise();
+    else
+        window->lower();
+}
+
 bool Form::UnloadForm(int unloadMode)
 {
     if (mUnloading)

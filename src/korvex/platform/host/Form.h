@@ -42,6 +42,7 @@ class Form : public QMainWindow {
     Q_PROPERTY(bool Visible READ Visible WRITE SetVisible)
     Q_PROPERTY(bool Enabled READ Enabled WRITE SetEnabled)
     Q_PROPERTY(bool MDIChild READ MDIChild WRITE SetMDIChild)
+    Q_PROPERTY(int HelpContextID READ HelpContextID WRITE SetHelpContextID)
     Q_PROPERTY(qlonglong hWnd READ hWnd)
 
 public:
@@ -76,6 +77,9 @@ public:
     void SetEnabled(bool enabled) { setEnabled(enabled); }
     bool MDIChild() const noexcept { return mMDIChild; }
     void SetMDIChild(bool child) { mMDIChild = child; }
+    // The help topic of the form's function; 0 for none.
+    int HelpContextID() const noexcept { return mHelpContextID; }
+    void SetHelpContextID(int id) { mHelpContextID = id; }
     qlonglong hWnd() const { return static_cast<qlonglong>(reinterpret_cast<quintptr>(this)); }
 
     // Where controls are placed.
@@ -96,6 +100,9 @@ public:
     bool IsLoaded() const noexcept { return mLoaded; }
     Q_INVOKABLE void Show(int modal = 0);
     Q_INVOKABLE void Hide() { hide(); }
+    // 0 brings the form in front of the others (its MDI frame, when it is a child), 1 sends it
+    // behind them.
+    Q_INVOKABLE void ZOrder(int position = 0);
     // QueryUnload, then Unload; when neither handler cancels, every control gets Terminate and
     // the form hides. Returns whether the form was unloaded.
     Q_INVOKABLE bool UnloadForm(int unloadMode = vbFormCode);
@@ -133,6 +140,7 @@ private:
     OleColor mBackColor = vbButtonFace;
     OleColor mForeColor = vbButtonText;
     bool mMDIChild = false;
+    int mHelpContextID = 0;
     bool mLoaded = false;
     bool mDesignMode = false;
     bool mModified = false;

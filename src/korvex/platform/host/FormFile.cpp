@@ -61,7 +61,8 @@ const PropertyList& ExtenderProperties()
             .Property("TabStop", &Control::TabStop, &Control::SetTabStop, true)
             .Property("Tag", &Control::Tag, &Control::SetTag, QString())
             .Property("CausesValidation", &Control::CausesValidation, &Control::SetCausesValidation, true)
-            .Property("ToolTipText", &Control::ToolTipText, &Control::SetToolTipText, QString());
+            .Property("ToolTipText", &Control::ToolTipText, &Control::SetToolTipText, QString())
+            .Property("Align", &Control::Align, &Control::SetAlign, std::int16_t{vbAlignNone});
     return list;
 }
 
@@ -204,6 +205,7 @@ std::unique_ptr<Form> FormFile::FromJson(const QByteArray& json, const QString& 
         form->SetForeColor(static_cast<OleColor>(CLng(bag.ReadProperty(QStringLiteral("ForeColor"), static_cast<std::int32_t>(vbButtonText)))));
         form->SetTag(CStr(bag.ReadProperty(QStringLiteral("Tag"), QString())));
         form->SetMDIChild(CBool(bag.ReadProperty(QStringLiteral("MDIChild"), false)));
+        form->SetHelpContextID(CLng(bag.ReadProperty(QStringLiteral("HelpContextID"), 0)));
         form->SetLeft(CLng(bag.ReadProperty(QStringLiteral("Left"), 0)));
         form->SetTop(CLng(bag.ReadProperty(QStringLiteral("Top"), 0)));
         form->SetWidth(CLng(bag.ReadProperty(QStringLiteral("Width"), 4800)));
@@ -226,6 +228,7 @@ QByteArray FormFile::ToJson(Form& form)
     bag.WriteProperty(QStringLiteral("ForeColor"), static_cast<std::int32_t>(form.ForeColor()), static_cast<std::int32_t>(vbButtonText));
     bag.WriteProperty(QStringLiteral("Tag"), form.Tag(), QString());
     bag.WriteProperty(QStringLiteral("MDIChild"), form.MDIChild(), false);
+    bag.WriteProperty(QStringLiteral("HelpContextID"), form.HelpContextID(), 0);
     bag.WriteProperty(QStringLiteral("Left"), form.Left(), 0);
     bag.WriteProperty(QStringLiteral("Top"), form.Top(), 0);
     bag.WriteProperty(QStringLiteral("Width"), form.Width(), Variant());

@@ -21,7 +21,13 @@ Image::Image(QWidget* parent) : Control(parent)
 void Image::SetPicture(const QString& fileName)
 {
     QPixmap pixmap = LoadPicture(fileName, QStringLiteral("Image.Picture"));
+    SetPixmap(pixmap);
     mPicture = fileName;
+}
+
+void Image::SetPixmap(const QPixmap& pixmap)
+{
+    mPicture.clear();
     mPixmap = pixmap;
     if (!mStretch && !mPixmap.isNull())
         resize(mPixmap.size());

@@ -18,6 +18,8 @@ public:
     const QString& Picture() const noexcept { return mPicture; }
     // Raises 481 (invalid picture) for a file that is not a picture.
     void SetPicture(const QString& fileName);
+    // A picture kept with the design rather than named by a file (Picture then reads "").
+    void SetPixmap(const QPixmap& pixmap);
     bool Stretch() const noexcept { return mStretch; }
     void SetStretch(bool stretch);
     const QPixmap& Pixmap() const noexcept { return mPixmap; }

@@ -29,15 +29,32 @@ void Label::resizeEvent(QResizeEvent* event)
     mLabel->setGeometry(rect());
 }
 
-QString Label::Caption() const
-{
-    return mLabel->text();
-}
-
 void Label::SetCaption(const QString& caption)
 {
-    mLabel->setText(caption);
+    mCaption = caption;
+    mLabel->setText(ShownText());
     FitToCaption();
+}
+
+void Label::SetUseMnemonic(bool use)
+{
+    mUseMnemonic = use;
+    SetCaption(mCaption);
+}
+
+QString Label::ShownText() const
+{
+    if (!mUseMnemonic)
+        return mCaption;
+    QString shown;
+    shown.reserve(mCaption.size());
+    for (qsizetype i = 0; i < mCaption.size(); ++i) {
+        // A marker before another character goes; "&&" leaves one "&"; a last "&" stays.
+        if (mCaption[i] == u'&' && i + 1 < mCaption.size())
+            ++i;
+        shown += mCaption[i];
+    }
+    return shown;
 }
 
 void Label::SetAlignment(short alignment)
@@ -97,6 +114,7 @@ void Label::ReadProperties(PropertyBag& bag)
     SetWordWrap(CBool(bag.ReadProperty(QStringLiteral("WordWrap"), false)));
     SetBackStyle(CInt(bag.ReadProperty(QStringLiteral("BackStyle"), 1)));
     SetBorderStyle(CInt(bag.ReadProperty(QStringLiteral("BorderStyle"), 0)));
+    mUseMnemonic = CBool(bag.ReadProperty(QStringLiteral("UseMnemonic"), true));
     SetCaption(CStr(bag.ReadProperty(QStringLiteral("Caption"), QString())));
     SetAutoSize(CBool(bag.ReadProperty(QStringLiteral("AutoSize"), false)));
 }
@@ -108,6 +126,7 @@ void Label::WriteProperties(PropertyBag& bag)
     bag.WriteProperty(QStringLiteral("WordWrap"), WordWrap(), false);
     bag.WriteProperty(QStringLiteral("BackStyle"), mBackStyle, std::int16_t{1});
     bag.WriteProperty(QStringLiteral("BorderStyle"), mBorderStyle, std::int16_t{0});
+    bag.WriteProperty(QStringLiteral("UseMnemonic"), mUseMnemonic, true);
     bag.WriteProperty(QStringLiteral("Caption"), Caption(), QString());
     bag.WriteProperty(QStringLiteral("AutoSize"), mAutoSize, false);
 }

@@ -1,4 +1,5 @@
-// The standard label: a caption with alignment, word wrap, auto-size and back style.
+// The standard label: a caption with alignment, word wrap, auto-size and back style. With
+// UseMnemonic (the default) an "&" marks the access key and is not shown; "&&" shows one "&".
 #pragma once
 
 #include "korvex/platform/host/StandardControl.h"
@@ -16,12 +17,17 @@ class Label : public StandardControl {
     Q_PROPERTY(bool WordWrap READ WordWrap WRITE SetWordWrap)
     Q_PROPERTY(short BackStyle READ BackStyle WRITE SetBackStyle)
     Q_PROPERTY(short BorderStyle READ BorderStyle WRITE SetBorderStyle)
+    Q_PROPERTY(bool UseMnemonic READ UseMnemonic WRITE SetUseMnemonic)
 
 public:
     explicit Label(QWidget* parent = nullptr);
 
-    QString Caption() const;
+    const QString& Caption() const noexcept { return mCaption; }
     void SetCaption(const QString& caption);
+    bool UseMnemonic() const noexcept { return mUseMnemonic; }
+    void SetUseMnemonic(bool use);
+    // The text as the label shows it, access-key markers taken out.
+    QString ShownText() const;
     short Alignment() const noexcept { return mAlignment; }
     void SetAlignment(short alignment);
     bool AutoSize() const noexcept { return mAutoSize; }
@@ -44,6 +50,8 @@ private:
     void FitToCaption();
 
     QLabel* mLabel;
+    QString mCaption;
+    bool mUseMnemonic = true;
     short mAlignment = 0;
     bool mAutoSize = false;
     short mBackStyle = 1;

@@ -148,6 +148,9 @@ protected:
     // Whether a mouse release over the input widget raises Click (controls whose click means
     // something else raise it themselves).
     virtual bool ClickOnMouseUp() const { return true; }
+    // Raises MouseDown, MouseMove or MouseUp with the event's position, in twips, as the host's
+    // coordinates (a control whose mouse lands on several inner widgets maps it first).
+    void RaiseMouse(QEvent::Type type, QMouseEvent* event);
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
@@ -156,7 +159,6 @@ private:
     bool RaiseEventsOf(QEvent* event);
     bool TranslateKeyPress(QKeyEvent* event);
     QSize DesignedSize() const;
-    void RaiseMouse(QEvent::Type type, QMouseEvent* event);
 
     // The twips the host gave for a position or size, kept while the widget has the pixels they
     // asked for: 1400 twips read back as 1400, not as the 1395 that their 93 pixels make. A

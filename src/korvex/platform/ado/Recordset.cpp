@@ -143,6 +143,7 @@ void Recordset::Close()
     RequireOpen();
     if (mEditMode == adEditInProgress || mEditMode == adEditAdd)
         RaiseAdo(adErrIllegalOperation);
+    mStore->Notify();
     mStore.reset();
     mView = RowView();
     ++mViewGeneration;

@@ -138,6 +138,8 @@ public:
     using Watcher = std::function<void()>;
     std::uint64_t Watch(Watcher watcher);
     void Unwatch(std::uint64_t id);
+    // Tells the watchers without a change of the rows: a clone closed.
+    void Notify() const;
 
 private:
     static constexpr std::uint32_t StatusMask = 0x00FFFFFF;
@@ -157,7 +159,6 @@ private:
     void WriteColumn(RowId row, int field, const Variant& value);
     void RestoreOriginals(RowId row);
     void ForgetChanges(RowId row);
-    void Notify() const;
 
     std::vector<FieldDef> mFields;
     std::vector<Column> mColumns;

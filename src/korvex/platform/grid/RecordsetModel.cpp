@@ -3,6 +3,7 @@
 #include "korvex/platform/grid/RecordsetModel.h"
 
 #include "korvex/runtime/Conversions.h"
+#include "korvex/runtime/DateTime.h"
 #include "korvex/runtime/EntryGuard.h"
 
 #include <algorithm>
@@ -15,6 +16,25 @@ namespace {
 
 // Removals beyond this many are told as a reset: one signal instead of thousands.
 constexpr std::size_t MaxRemovalsTold = 512;
+
+// A value as Qt's own views, delegates and completers expect it: plain Qt types, Null as none.
+QVariant PlainValue(const Variant& value)
+{
+    switch (value.VarType()) {
+    case vbEmpty:
+    case vbNull: return {};
+    case vbBoolean: return CBool(value);
+    case vbInteger:
+    case vbLong:
+    case vbByte: return static_cast<int>(CLng(value));
+    case vbSingle:
+    case vbDouble:
+    case vbCurrency: return CDbl(value);
+    case vbDate: return ToQDateTime(CDate(value));
+    case vbString: return *value.As<QString>();
+    default: return {};
+    }
+}
 
 }  // namespace
 
@@ -207,7 +227,7 @@ std::size_t RecordsetModel::PositionOfNewRow(ado::RowId row, int count) const
 
 Variant RecordsetModel::Value(int row, int field) const
 {
-    if (!mStamp.store || row < 0 || row >= mRows || field < 0 || field >= mColumns)
+    if (!mStamp.store || !mRS->Store() || row < 0 || row >= mRows || field < 0 || field >= mColumns)
         return {};
     int before = 0;
     for (const auto& [leaving, record] : mLeaving) {
@@ -230,9 +250,9 @@ QString RecordsetModel::Text(int row, int field) const
 
 int RecordsetModel::RowOfBookmark(const Variant& bookmark) const
 {
-    if (!mStamp.store)
+    if (!mStamp.store || !mRS->Store())
         return -1;
-    const auto record = mStamp.store->RowOfBookmark(bookmark);
+    const auto record = mRS->Store()->RowOfBookmark(bookmark);
     if (!record)
         return -1;
     const auto position = mRS->PositionOfRow(*record);
@@ -241,9 +261,9 @@ int RecordsetModel::RowOfBookmark(const Variant& bookmark) const
 
 Variant RecordsetModel::BookmarkOfRow(int row) const
 {
-    if (!mStamp.store || row < 0 || row >= mRows || !mLeaving.empty())
+    if (!mStamp.store || !mRS->Store() || row < 0 || row >= mRows || !mLeaving.empty())
         return {};
-    return mStamp.store->BookmarkOf(mRS->RowAtPosition(static_cast<std::size_t>(row)));
+    return mRS->Store()->BookmarkOf(mRS->RowAtPosition(static_cast<std::size_t>(row)));
 }
 
 int RecordsetModel::rowCount(const QModelIndex& parent) const
@@ -264,7 +284,7 @@ QVariant RecordsetModel::data(const QModelIndex& index, int role) const
     case Qt::DisplayRole:
         return DisplayText(index.row(), index.column());
     case Qt::EditRole:
-        return Value(index.row(), index.column()).ToQVariant();
+        return PlainValue(Value(index.row(), index.column()));
     case Qt::TextAlignmentRole: {
         const Variant value = Value(index.row(), index.column());
         const bool number = value.IsNumber() && value.VarType() != vbBoolean;
@@ -280,7 +300,7 @@ QVariant RecordsetModel::headerData(int section, Qt::Orientation orientation, in
     if (role != Qt::DisplayRole || section < 0)
         return QAbstractTableModel::headerData(section, orientation, role);
     if (orientation == Qt::Horizontal)
-        return section < mColumns ? QVariant(mRS->FieldDefs()[static_cast<std::size_t>(section)].Name) : QVariant();
+        return section < mColumns && section < static_cast<int>(mRS->FieldDefs().size()) ? QVariant(mRS->FieldDefs()[static_cast<std::size_t>(section)].Name) : QVariant();
     return section < mRows ? QVariant(section + 1) : QVariant();
 }
 
@@ -289,7 +309,7 @@ Qt::ItemFlags RecordsetModel::flags(const QModelIndex& index) const
     if (!index.isValid())
         return Qt::NoItemFlags;
     Qt::ItemFlags flags = Qt::ItemIsSelectable | Qt::ItemIsEnabled | Qt::ItemNeverHasChildren;
-    if (mStamp.store && mRS->LockType() != ado::adLockReadOnly && index.column() < mColumns &&
+    if (mStamp.store && mRS->Store() && mRS->LockType() != ado::adLockReadOnly && index.column() < mColumns &&
         mRS->FieldDefs()[static_cast<std::size_t>(index.column())].IsUpdatable())
         flags |= Qt::ItemIsEditable;
     return flags;

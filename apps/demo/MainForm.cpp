@@ -46,6 +46,7 @@ MainForm::MainForm()
     const std::pair<const char*, const char*> forms[] = {
         {"frmWelcome", "Welcome"},   {"frmLabels", "Labels"},       {"frmInputs", "Inputs"},
         {"frmNumbers", "Numbers"},   {"frmCustomers", "Customers"}, {"frmDisplay", "Display controls"},
+        {"frmGrid", "Grid"},
     };
     for (const auto& [name, caption] : forms)
         tasks.Add(QLatin1String(name), QLatin1String(caption), 1);

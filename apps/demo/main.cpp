@@ -4,6 +4,7 @@
 #include "CustomerScreen.h"
 #include "DemoDatabase.h"
 #include "EmailScreen.h"
+#include "GridScreen.h"
 #include "MainForm.h"
 
 #include "korvex/core/clsPublic.h"
@@ -107,6 +108,7 @@ int main(int argc, char** argv)
                                                         : demo::DefaultDatabasePath());
         customers = main.OpenForm(QStringLiteral("frmCustomers"));
         customerScreen = new demo::CustomerScreen(*customers);
+        new demo::GridScreen(*main.OpenForm(QStringLiteral("frmGrid")));
     } catch (const korvex::Error& error) {
         korvex::MsgBox(QStringLiteral("The customer database cannot be opened:\r\n") + error.Description(),
                        korvex::vbExclamation, QStringLiteral("Korvex Demo"));

@@ -176,6 +176,16 @@ TEST(Grid, FollowsRowsAddedDeletedFilteredAndSortedThroughClones)
     EXPECT_EQ(ado::test::Text(*shown, "Name"), "Cole");
     g.grid->ShowCell(5, 2);
     EXPECT_EQ(g.grid->BottomRow(), 5);
+
+    // Sorted rows start over when a clone adds one (the recordset puts it last until sorted
+    // again); the current row stays on its record.
+    other->AddNew();
+    other->Fields()->Item("Name")->SetValue(Variant("Abel"));
+    other->Update();
+    QApplication::processEvents();
+    EXPECT_EQ(g.grid->Rows(), 7);
+    EXPECT_EQ(g.grid->TextMatrix(6, 1), "Abel");
+    EXPECT_EQ(g.grid->TextMatrix(g.grid->Row(), 1), "Cole");
 }
 
 TEST(Grid, HandlersCancelTheUsersMovesButNotCode)

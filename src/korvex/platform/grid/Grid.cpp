@@ -237,6 +237,9 @@ Grid::Grid(QWidget* parent) : UserControl(parent), mModel(new GridModel(this)), 
     SetInputWidget(mView);
     for (QWidget* w : {mView->viewport(), mView->horizontalHeader()->viewport(), mView->verticalHeader()->viewport()})
         w->installEventFilter(this);
+    // Rows that start over (a filter, a sort, changes through clones) lose the view's current
+    // cell: it goes back to the recordset's record.
+    connect(mModel, &QAbstractItemModel::modelReset, this, [this] { Guarded(this, [this] { FollowRecordset(); }); });
     LoadDeclaredDefaults();
     ApplyRowHeight();
 }
@@ -391,7 +394,12 @@ void Grid::MoveRecordsetTo(int modelRow)
 void Grid::CurrentChanged(int oldRow, int oldCol)
 {
     const QModelIndex current = mView->currentIndex();
-    MoveRecordsetTo(current.isValid() ? current.row() : -1);
+    try {
+        MoveRecordsetTo(current.isValid() ? current.row() : -1);
+    } catch (const Error&) {
+        FollowRecordset();  // the recordset did not move (a handler cancelled): nor does the row
+        throw;
+    }
     const int newRow = Row(), newCol = Col();
     if (newRow != oldRow || newCol != oldCol)
         emit AfterRowColChange(oldRow, oldCol, newRow, newCol);
@@ -458,8 +466,6 @@ void Grid::SetCols(int cols)
 void Grid::SetFixedRows(int rows)
 {
     RequireValid(rows == 0 || rows == 1, "FixedRows");
-    if (!DataSource() && rows != mFixedRows)
-        RequireValid(Rows() - mFixedRows + rows >= rows, "FixedRows");
     Assign("FixedRows", mFixedRows, rows, [this] { mView->horizontalHeader()->setVisible(mFixedRows == 1); });
 }
 

@@ -68,7 +68,7 @@ public:
     // unbinds. The grid follows the recordset (rows added, deleted, filtered or sorted through it
     // or any clone) and its current record: moving the grid's Row moves the recordset, and a
     // move of the recordset moves the Row. Binding starts the columns over: keys are the field
-    // names, all shown, in field order.
+    // names, all shown, in field order. A closed recordset raises 380.
     const std::shared_ptr<ado::Recordset>& DataSource() const;
     void SetDataSource(std::shared_ptr<ado::Recordset> recordset);
     Variant DataSourceVariant() const;

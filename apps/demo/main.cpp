@@ -4,6 +4,7 @@
 #include "CustomerScreen.h"
 #include "DemoDatabase.h"
 #include "EmailScreen.h"
+#include "GridScreen.h"
 #include "MainForm.h"
 
 #include "korvex/core/clsPublic.h"
@@ -114,6 +115,7 @@ int main(int argc, char** argv)
                                                         : demo::DefaultDatabasePath());
         main.SetScreen(QStringLiteral("frmCustomers"),
                        [&customers](korvex::Form& form) { customers = new demo::CustomerScreen(form); });
+        main.SetScreen(QStringLiteral("frmGrid"), [](korvex::Form& form) { new demo::GridScreen(form); });
     } catch (const korvex::Error& error) {
         demo::FormService(*welcome).MsgBoxZq(QStringLiteral("The customer database cannot be opened."), korvex::vbExclamation,
                                              QString(), 0, error.Description());

@@ -108,6 +108,7 @@ void Recordset::OpenStore(std::shared_ptr<RecordsetStore> store, int CursorType,
         Attach(std::move(store));
         if (!keys.empty()) {
             mView.Resort(std::move(keys));
+            ++mViewGeneration;
             mSort = sort;
             PlaceAt(0);
         }
@@ -130,6 +131,7 @@ void Recordset::Attach(std::shared_ptr<RecordsetStore> store)
     mSort.clear();
     mView = RowView();
     mView.Define(*mStore, {});
+    ++mViewGeneration;
     mPos = {};
     PlaceAt(0);
     if (mFields)
@@ -141,8 +143,10 @@ void Recordset::Close()
     RequireOpen();
     if (mEditMode == adEditInProgress || mEditMode == adEditAdd)
         RaiseAdo(adErrIllegalOperation);
+    mStore->Notify();
     mStore.reset();
     mView = RowView();
+    ++mViewGeneration;
     mPos = {};
     mEditMode = adEditNone;
     mFilter = Variant(std::int32_t{0});
@@ -266,6 +270,41 @@ std::optional<std::size_t> Recordset::IndexOfRow(RowId row) const
     if (mEditMode == adEditAdd && row == mPos.row)
         return mView.Size();
     return mView.IndexOf(row);
+}
+
+std::size_t Recordset::PositionCount() const
+{
+    Sync();
+    return mStore ? Count() : 0;
+}
+
+RowId Recordset::RowAtPosition(std::size_t position) const
+{
+    Sync();
+    return RowAt(position);
+}
+
+std::optional<std::size_t> Recordset::PositionOfRow(RowId row) const
+{
+    Sync();
+    return mStore ? IndexOfRow(row) : std::nullopt;
+}
+
+Variant Recordset::ValueAtPosition(std::size_t position, int field) const
+{
+    Sync();
+    if (!mStore || position >= Count())
+        return {};
+    const RowId row = RowAt(position);
+    if ((mEditMode == adEditInProgress || mEditMode == adEditAdd) && row == mPos.row &&
+        mEdited[static_cast<std::size_t>(field)])
+        return mEditValues[static_cast<std::size_t>(field)];
+    return mStore->Value(row, field);
+}
+
+bool Recordset::IsSortedView() const noexcept
+{
+    return !mView.IsAscending();
 }
 
 void Recordset::Sync() const
@@ -601,6 +640,7 @@ void Recordset::SetFilter(const Variant& filter)
     Sync();
     Moving(adRsnMove, [&] {
         mView.Define(*mStore, std::move(definition));
+        ++mViewGeneration;
         mFilter = stored;
         PlaceAt(0);
     });
@@ -618,6 +658,7 @@ void Recordset::SetSort(const QString& sort)
     Sync();
     Moving(adRsnMove, [&] {
         mView.Resort(std::move(keys));
+        ++mViewGeneration;
         mSort = sort;
         PlaceAt(0);
     });

@@ -146,6 +146,18 @@ public:
     Variant FieldUnderlyingValue(int field) const;
     bool FieldOptimized(int field) const;
     void SetFieldOptimized(int field, bool on);
+    // For views that show every row (a Qt model): the rows in cursor order read by position,
+    // without moving the cursor or raising events. The record being added counts, last, with
+    // the values being edited. Positions are 0-based; out of range reads Empty.
+    std::size_t PositionCount() const;
+    RowId RowAtPosition(std::size_t position) const;
+    std::optional<std::size_t> PositionOfRow(RowId row) const;
+    Variant ValueAtPosition(std::size_t position, int field) const;
+    // Grows whenever the order of the rows starts over (Filter, Sort, Open, Close, Requery), so
+    // that a view knows its rows no longer stand where they stood.
+    std::uint64_t ViewGeneration() const noexcept { return mViewGeneration; }
+    // Sorted rows are not in store order: rows added join wherever the sort puts them.
+    bool IsSortedView() const noexcept;
     // The store this recordset and its clones share; null while closed.
     const std::shared_ptr<RecordsetStore>& Store() const noexcept { return mStore; }
 
@@ -210,6 +222,7 @@ private:
     bool mLockTypeSet = false;
 
     mutable RowView mView;
+    std::uint64_t mViewGeneration = 0;
     mutable Position mPos;
     Variant mFilter = Variant(std::int32_t{0});
     QString mSort;

@@ -121,6 +121,7 @@ void RecordsetStore::DiscardAdd(RowId row, const void*)
 void RecordsetStore::WriteColumn(RowId row, int field, const Variant& value)
 {
     ++mWrites;
+    Notify();
     FieldIndex* index = (mState[row] & AddingFlag) ? nullptr : mIndexes[static_cast<std::size_t>(field)].get();
     if (index)
         index->Remove(row);
@@ -377,12 +378,31 @@ void RecordsetStore::Log(RowId row, ChangeKind kind, const void* origin)
     if (mLog.size() >= MaxLogEntries)
         DropLog();
     mLog.push_back({row, kind, origin});
+    Notify();
 }
 
 void RecordsetStore::DropLog()
 {
     mLogBase += mLog.size() + 1;
     mLog.clear();
+    Notify();
+}
+
+std::uint64_t RecordsetStore::Watch(Watcher watcher)
+{
+    mWatchers.emplace_back(mNextWatcher, std::move(watcher));
+    return mNextWatcher++;
+}
+
+void RecordsetStore::Unwatch(std::uint64_t id)
+{
+    std::erase_if(mWatchers, [id](const auto& w) { return w.first == id; });
+}
+
+void RecordsetStore::Notify() const
+{
+    for (const auto& [id, watcher] : mWatchers)
+        watcher();
 }
 
 std::size_t RecordsetStore::BytesAllocated() const noexcept

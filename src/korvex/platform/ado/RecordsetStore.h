@@ -13,6 +13,7 @@
 #include <QString>
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -131,6 +132,15 @@ public:
 
     std::size_t BytesAllocated() const noexcept;
 
+    // Whoever shows the rows (a Qt model over a clone) hears that rows or values changed through
+    // any clone. The store may be in the middle of an operation: a watcher only notes the fact
+    // and looks later.
+    using Watcher = std::function<void()>;
+    std::uint64_t Watch(Watcher watcher);
+    void Unwatch(std::uint64_t id);
+    // Tells the watchers without a change of the rows: a clone closed.
+    void Notify() const;
+
 private:
     static constexpr std::uint32_t StatusMask = 0x00FFFFFF;
     static constexpr std::uint32_t AddingFlag = 0x40000000;
@@ -167,6 +177,8 @@ private:
     std::uint32_t mBookmarkTag = 0;
     std::shared_ptr<RecordsetProvider> mProvider;
     QHash<QString, Variant> mDynamic;
+    std::vector<std::pair<std::uint64_t, Watcher>> mWatchers;
+    std::uint64_t mNextWatcher = 1;
 };
 
 }  // namespace korvex::ado

@@ -158,6 +158,9 @@ protected:
     // Whether a mouse release over the input widget raises Click (controls whose click means
     // something else raise it themselves).
     virtual bool ClickOnMouseUp() const { return true; }
+    // Raises MouseDown, MouseMove or MouseUp with the event's position, in twips, as the host's
+    // coordinates (a control whose mouse lands on several inner widgets maps it first).
+    void RaiseMouse(QEvent::Type type, QMouseEvent* event);
 
     bool event(QEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -169,7 +172,6 @@ private:
     QSize DesignedSize() const;
     // Puts the docked controls of the container back along its edges.
     void Redock();
-    void RaiseMouse(QEvent::Type type, QMouseEvent* event);
 
     // The twips the host gave for a position or size, kept while the widget has the pixels they
     // asked for: 1400 twips read back as 1400, not as the 1395 that their 93 pixels make. A

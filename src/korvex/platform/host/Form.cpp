@@ -2,6 +2,7 @@
 // sequence, validation of the active control.
 #include "korvex/platform/host/Form.h"
 
+#include "korvex/platform/desktop/FontConversion.h"
 #include "korvex/platform/host/Control.h"
 #include "korvex/platform/host/MDIForm.h"
 #include "korvex/platform/host/UserControl.h"
@@ -11,6 +12,7 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QFontMetricsF>
 #include <QMdiSubWindow>
 #include <QScopedValueRollback>
 
@@ -82,6 +84,11 @@ void Form::SetTop(int twips) { move(x(), TwipsToPixelsY(twips)); }
 void Form::SetWidth(int twips) { resize(std::max(1, TwipsToPixelsX(twips)), height()); }
 void Form::SetHeight(int twips) { resize(width(), std::max(1, TwipsToPixelsY(twips))); }
 int Form::ScaleWidth() const { return PixelsToTwipsX(mClient->width()); }
+double Form::TextWidth(const QString& Text) const
+{
+    return QFontMetricsF(ToQFont(*mFont)).horizontalAdvance(Text) * TwipsPerPixelX();
+}
+
 int Form::ScaleHeight() const { return PixelsToTwipsY(mClient->height()); }
 
 void Form::SetBackColor(OleColor color)

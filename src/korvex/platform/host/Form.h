@@ -67,6 +67,8 @@ public:
     void SetHeight(int twips);
     int ScaleWidth() const;
     int ScaleHeight() const;
+    // The width of a text in the form's font, in twips.
+    Q_INVOKABLE double TextWidth(const QString& Text) const;
     OleColor BackColor() const noexcept { return mBackColor; }
     void SetBackColor(OleColor color);
     OleColor ForeColor() const noexcept { return mForeColor; }

@@ -231,6 +231,7 @@ TEST_F(FormTest, ApplyFontTouchesOnlyTheStandardFaces)
         };
         Label* arial = label(QStringLiteral("Arial"), 9, false);
         Label* capitals = label(QStringLiteral("MS SANS SERIF"), 8, true);
+        Label* failing = label(QStringLiteral("Tahoma"), 9, false);
         Label* bold = label(QStringLiteral("Tahoma"), 11, true);
         Label* refused = label(QStringLiteral("Tahoma"), 9, false);
         auto* shared = new ZqLabel(form->Client());
@@ -243,12 +244,15 @@ TEST_F(FormTest, ApplyFontTouchesOnlyTheStandardFaces)
             ++offered;
             if (obj == refused)
                 apply = false;
+            if (obj == failing)
+                throw Error(vbErrInvalidPropertyValue, QStringLiteral("handler"));
         });
         zq->ApplyFont();
 
         EXPECT_EQ(form->Font()->Name(), "Segoe UI");
         EXPECT_EQ(form->Font()->Size(), withSize ? 9 : 8.25) << "the form's size only with AutoApplyFontSize";
-        EXPECT_EQ(offered, 5) << "every control with a font, the line and the service itself have none";
+        EXPECT_EQ(offered, 6) << "every control with a font, the line and the service itself have none";
+        EXPECT_EQ(failing->Font()->Name(), "Tahoma") << "a failing handler skips its control, and the rest go on";
         EXPECT_EQ(arial->Font()->Name(), "Arial") << "a special face is left alone";
         EXPECT_EQ(capitals->Font()->Name(), "Segoe UI") << "faces compare without regard to case";
         EXPECT_TRUE(capitals->Font()->Bold());
@@ -275,6 +279,21 @@ TEST_F(FormTest, AttachingCopiesTheDefaultFontAndAppliesItAtLoadWhenAsked)
     EXPECT_EQ(label->Font()->Name(), "Tahoma");
     form->LoadForm();
     EXPECT_EQ(label->Font()->Name(), library->Name()) << "AutoApplyFont applies at load";
+}
+
+// The service inside one of the library's frames still serves the form the frame is on.
+TEST_F(FormTest, TheServiceInsideAFrameServesItsForm)
+{
+    auto form = FormFile::FromJson(R"({"Type": "Form", "Name": "frmFramed", "Controls": [{"Type": "ZqFrame", "Name": "fraAll",
+        "Controls": [{"Type": "ZqForm", "Name": "zqfForm", "Properties": {"FunctionId": 5}}]}]})",
+                                   QStringLiteral("framed"));
+    auto* zq = static_cast<ZqForm*>(form->FindControl(QStringLiteral("zqfForm")));
+    ASSERT_NE(zq, nullptr);
+    EXPECT_EQ(zq->AttachedForm(), form.get());
+    form->LoadForm();
+    EXPECT_EQ(form->HelpContextID(), 5);
+    zq->SetFontToApply(nullptr);
+    EXPECT_EQ(zq->FontToApply(), nullptr) << "Nothing is stored like any reference";
 }
 
 }  // namespace

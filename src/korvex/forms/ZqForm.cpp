@@ -90,8 +90,9 @@ ZqForm::~ZqForm() = default;
 
 void ZqForm::SetFontToApply(QObject* font)
 {
+    // Nothing is a reference like any other: ApplyFont then has no font to apply.
     auto* f = qobject_cast<StdFont*>(font);
-    if (!f)
+    if (font && !f)
         Raise(vbErrTypeMismatch, QStringLiteral("ZqForm.FontToApply"));
     mFontToApply = f;
 }
@@ -135,8 +136,8 @@ void ZqForm::ReadProperties(PropertyBag& bag)
 
 void ZqForm::Attach()
 {
-    QObject* parent = ParentObject();
-    auto* form = qobject_cast<Form*>(parent);
+    // The form, also when the service sits inside a frame of the library (a container control).
+    Form* form = ParentForm();
     if (!form) {
         qCWarning(lcForms).noquote() << QStringLiteral("ZqForm '%1' is not placed on a form; it serves none").arg(Name());
         return;
@@ -182,7 +183,9 @@ void ZqForm::FormLoad()
 void ZqForm::ApplyFont()
 {
     if (!mParentForm || !mFontToApply) {
-        qCWarning(lcForms).noquote() << QStringLiteral("ZqForm '%1'.ApplyFont: not attached to a form; nothing applied").arg(Name());
+        qCWarning(lcForms).noquote() << QStringLiteral("ZqForm '%1'.ApplyFont: %2; nothing applied")
+                                            .arg(Name(), mParentForm ? QStringLiteral("FontToApply is Nothing")
+                                                                     : QStringLiteral("not attached to a form"));
         return;
     }
     StdFont* formFont = mParentForm->Font();
@@ -201,7 +204,9 @@ void ZqForm::ApplyFontTo(QObject* control)
     bool applyFont = true;
     bool applyFontFace = true;
     bool applyFontSize = mAutoApplyFontSize;
-    emit ApplyFontToObject(obj, applyFont, applyFontFace, applyFontSize);
+    // A handler that fails skips this control, not the rest of the form.
+    if (!Try([&] { emit ApplyFontToObject(obj, applyFont, applyFontFace, applyFontSize); }))
+        return;
     StdFont* font = obj ? FontOf(obj) : nullptr;
     if (!applyFont || !font || !IsStandardFace(font->Name()))
         return;

@@ -12,7 +12,8 @@
 #include "korvex/runtime/Format.h"
 #include "korvex/runtime/Twips.h"
 
-#include <QScopedValueRollback>
+
+#include <QTimer>
 
 #include <algorithm>
 #include <limits>
@@ -51,9 +52,12 @@ ZqDropdownList::ZqDropdownList(QWidget* parent)
         Guarded(this, [&] { GridMouseMove(button, shift, x, y); });
     });
     connect(mGrid, qOverload<>(&Control::Click), this, GuardedSlot(this, [this] { GridClick(); }));
-    connect(mGrid, &Grid::BeforeRowColChange, this, [this](int, int, int newRow, int newCol, bool& cancel) {
-        Guarded(this, [&] { GridBeforeRowColChange(newRow, newCol, cancel); });
+    connect(mGrid, &Grid::BeforeRowColChange, this, [this](int, int, int, int, bool& cancel) {
+        Guarded(this, [&] { GridBeforeRowColChange(cancel); });
     });
+    connect(mGrid, &Grid::AfterRowColChange, this, GuardedSlot(this, [this](int, int, int newRow, int newCol) {
+                GridAfterRowColChange(newRow, newCol);
+            }));
     connect(mGrid, &Grid::CellDisplayText, this, [this](int, int col, QString& text) {
         Guarded(this, [&] { GridCellText(col, text); });
     });
@@ -156,7 +160,9 @@ QString ZqDropdownList::Text() const
 void ZqDropdownList::Resize()
 {
     mFrame->setGeometry(rect());
-    mGrid->setGeometry(mFrame->ContainerWidget()->rect());
+    // The frame's inner area by its own measure: its client is placed when the frame hears of its
+    // new size, which may come later.
+    mGrid->setGeometry(0, 0, TwipsToPixelsX(mFrame->ScaleWidth()), TwipsToPixelsY(mFrame->ScaleHeight()));
 }
 
 QSize ZqDropdownList::sizeHint() const
@@ -285,20 +291,25 @@ void ZqDropdownList::GridClick()
         Model().SelectFromDisplay(ddlcrChangedByUser_Mouse);
 }
 
-void ZqDropdownList::GridBeforeRowColChange(int newRow, int newCol, bool& cancel)
+void ZqDropdownList::GridBeforeRowColChange(bool& cancel)
 {
-    if (!UserMayChange()) {
+    if (!UserMayChange())
         cancel = true;
-        return;
-    }
+}
+
+// The current cell stays in the first shown column: a move to another column of a row takes the
+// row and puts the cell back in that column, once the view has finished with the mouse (moving the
+// cell while the view handles the press costs the click its release).
+void ZqDropdownList::GridAfterRowColChange(int newRow, int newCol)
+{
     const int first = FirstVisibleColumn();
-    if (mReplacingMove || newRow < mGrid->FixedRows() || newCol == first || first < 0)
-        return;
-    // The current cell stays in the first shown column: the row is taken, the column is not.
-    cancel = true;
-    const QScopedValueRollback replacing(mReplacingMove, true);
-    mGrid->SetCol(first);
-    mGrid->SetRow(newRow);
+    if (newRow >= mGrid->FixedRows() && first >= 0 && newCol != first) {
+        QTimer::singleShot(0, this, GuardedSlot(this, [this] {
+            const int col = FirstVisibleColumn();
+            if (col >= 0 && mGrid->Row() >= mGrid->FixedRows() && mGrid->Col() != col)
+                mGrid->SetCol(col);
+        }));
+    }
 }
 
 void ZqDropdownList::GridCellText(int col, QString& text) const

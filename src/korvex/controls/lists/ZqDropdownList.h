@@ -89,7 +89,8 @@ private:
     void ReturnToForm();
     void GridMouseMove(short button, short shift, float x, float y);
     void GridClick();
-    void GridBeforeRowColChange(int newRow, int newCol, bool& cancel);
+    void GridBeforeRowColChange(bool& cancel);
+    void GridAfterRowColChange(int newRow, int newCol);
     void GridCellText(int col, QString& text) const;
     bool UserMayChange() const { return mEnabled && !mReadOnly; }
 
@@ -112,7 +113,6 @@ private:
         bool operator==(const MouseState&) const = default;
     } mLastMouse;
     bool mFloating = false;
-    bool mReplacingMove = false;
     int mFormLeft = 0;
     int mFormTop = 0;
 };

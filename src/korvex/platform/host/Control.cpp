@@ -456,6 +456,10 @@ bool Control::RaiseEventsOf(QEvent* event)
         return TranslateKeyPress(static_cast<QKeyEvent*>(event));
     case QEvent::KeyRelease: {
         auto* key = static_cast<QKeyEvent*>(event);
+        // X11 ends each repeat of a held key with a release; the key is still down, so no
+        // KeyUp until it really comes up (hosts tell a held key from a fresh press by it).
+        if (key->isAutoRepeat())
+            break;
         short keyCode = VirtualKeyOf(key->key(), key->modifiers());
         short shift = ShiftOf(key->modifiers());
         emit KeyUp(keyCode, shift);

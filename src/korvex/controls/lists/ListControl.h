@@ -1,0 +1,92 @@
+// ListControl: what both list controls show of the shared model, under the names hosts call by
+// (RowSource, Columns, ColKey, BoundValue, ListIndex, Filter, ...). A list control builds its grid,
+// hands it to UseGrid and adds its own properties, layout and events.
+#pragma once
+
+#include "korvex/controls/lists/ListModel.h"
+#include "korvex/platform/host/UserControl.h"
+
+#include <memory>
+
+namespace korvex {
+
+class ListControl : public UserControl {
+    Q_OBJECT
+    Q_PROPERTY(korvex::Variant RowSource READ RowSource WRITE SetRowSourceVariant)
+    Q_PROPERTY(int Columns READ Columns WRITE SetColumns)
+    Q_PROPERTY(QString ListSeparator READ ListSeparator WRITE SetListSeparator)
+    Q_PROPERTY(QString ColumnCaptions READ ColumnCaptions WRITE SetColumnCaptions)
+    Q_PROPERTY(QString ColumnCaptionsLGS READ ColumnCaptionsLGS WRITE SetColumnCaptionsLGS)
+    Q_PROPERTY(QString ColumnList READ ColumnList WRITE SetColumnList)
+    Q_PROPERTY(QString BoundColumn READ BoundColumn WRITE SetBoundColumn)
+    Q_PROPERTY(korvex::Variant BoundValue READ BoundValue WRITE SetBoundValue)
+    Q_PROPERTY(bool AllowNullSelection READ AllowNullSelection WRITE SetAllowNullSelection)
+    Q_PROPERTY(int FirstVisibleColumn READ FirstVisibleColumn)
+    Q_PROPERTY(int ListCount READ ListCount)
+    Q_PROPERTY(int ListIndex READ ListIndex WRITE SetListIndex)
+    Q_PROPERTY(korvex::Variant Filter READ Filter WRITE SetFilter)
+    Q_PROPERTY(QString Sort READ Sort WRITE SetSort)
+
+public:
+    explicit ListControl(QWidget* parent = nullptr);
+    ~ListControl() override;
+
+    ListModel& Model() { return *mModel; }
+    const ListModel& Model() const { return *mModel; }
+
+    // Let with a string or Null; Set with a recordset (nullptr clears). Late binding passes a
+    // recordset object to Set and anything else to Let.
+    Variant RowSource() const { return mModel->RowSource(); }
+    void SetRowSource(const Variant& value) { mModel->LetRowSource(value); }
+    void SetRowSource(const std::shared_ptr<ado::Recordset>& recordset) { mModel->SetRowSource(recordset); }
+    void SetRowSourceVariant(const Variant& value);
+
+    Q_INVOKABLE void AddItem(const QString& Item) { mModel->AddItem(Item); }
+    Q_INVOKABLE void AddItemsFromRS(QObject* rs, const QString& FieldList, bool ApplyCharTranslation = false);
+    Q_INVOKABLE void Clear() { mModel->Clear(); }
+
+    int Columns() const { return mModel->Columns(); }
+    void SetColumns(int columns);
+    Q_INVOKABLE QString ColKey(int Index) const { return mModel->ColKey(Index); }
+    Q_INVOKABLE void SetColKey(int Index, const QString& key) { mModel->SetColKey(Index, key); }
+    Q_INVOKABLE QString ColFormat(const QString& Column) const { return mModel->ColFormat(Column); }
+    Q_INVOKABLE void SetColFormat(const QString& Column, const QString& format) { mModel->SetColFormat(Column, format); }
+    Q_INVOKABLE bool ColHidden(const QString& Column) const { return mModel->ColHidden(Column); }
+    Q_INVOKABLE void SetColHidden(const QString& Column, bool hidden) { mModel->SetColHidden(Column, hidden); }
+    Q_INVOKABLE korvex::Variant ColValue(const QString& Column) const { return mModel->ColValue(Column); }
+    Q_INVOKABLE void SetColValue(const QString& Column, const korvex::Variant& value) { mModel->SetColValue(Column, value); }
+
+    const QString& ListSeparator() const { return mModel->ListSeparator(); }
+    void SetListSeparator(const QString& separator);
+    const QString& ColumnCaptions() const { return mModel->ColumnCaptions(); }
+    virtual void SetColumnCaptions(const QString& captions);
+    const QString& ColumnCaptionsLGS() const { return mModel->ColumnCaptionsLGS(); }
+    virtual void SetColumnCaptionsLGS(const QString& ids);
+    const QString& ColumnList() const { return mModel->ColumnList(); }
+    void SetColumnList(const QString& list);
+    const QString& BoundColumn() const { return mModel->BoundColumn(); }
+    void SetBoundColumn(const QString& column) { mModel->SetBoundColumn(column); }
+    Variant BoundValue() const { return mModel->BoundValue(); }
+    void SetBoundValue(const Variant& value) { mModel->SetBoundValue(value); }
+    bool AllowNullSelection() const { return mModel->AllowNullSelection(); }
+    void SetAllowNullSelection(bool allow);
+    int FirstVisibleColumn() const { return mModel->FirstVisibleColumn(); }
+    int ListCount() const { return mModel->ListCount(); }
+    int ListIndex() { return mModel->ListIndex(); }
+    void SetListIndex(int index) { mModel->SetListIndex(index); }
+    Variant Filter() const { return mModel->Filter(); }
+    virtual void SetFilter(const Variant& filter) { mModel->SetFilter(filter); }
+    QString Sort() const { return mModel->Sort(); }
+    virtual void SetSort(const QString& sort) { mModel->SetSort(sort); }
+
+protected:
+    // Called once by the control's constructor with the grid that shows the rows.
+    void UseGrid(Grid& grid);
+    // The free-mode list string as the form file keeps it (empty in the other modes).
+    QString PersistedRowSource() const { return mModel->FreeListString(); }
+
+private:
+    std::unique_ptr<ListModel> mModel;
+};
+
+}  // namespace korvex

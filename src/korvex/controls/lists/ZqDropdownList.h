@@ -1,0 +1,120 @@
+// ZqDropdownList: a multi-column pick list, a grid (fgList) inside a frame (zqfraList). It has no
+// text entry of its own: a host uses it as the drop-down of its own text box, shows and hides it
+// and forwards its key strokes to KeyDown and KeyUp. While shown at run time it floats above its
+// form as a frameless tool window at the same screen place, so that it may reach past the form's
+// edges; hidden, it goes back to its place on the form.
+#pragma once
+
+#include "korvex/controls/display/SurfaceFont.h"
+#include "korvex/controls/lists/ListControl.h"
+
+#include <QPointer>
+
+namespace korvex {
+
+class Grid;
+class ZqFrame;
+
+enum ZqDDListClickReasons : int {
+    ddlcrChangedByCode = 1,
+    ddlcrChangedByUser_Mouse = 2,
+    ddlcrChangedByUser_Keybd = 3,
+};
+
+class ZqDropdownList : public ListControl {
+    Q_OBJECT
+    Q_CLASSINFO("TypeName", "ZqDropdownList")
+    Q_PROPERTY(bool AllowDeepRows READ AllowDeepRows WRITE SetAllowDeepRows)
+    Q_PROPERTY(QString AutoExtendCol READ AutoExtendCol WRITE SetAutoExtendCol)
+    Q_PROPERTY(QString DataField READ DataField WRITE SetDataField)
+    Q_PROPERTY(bool Enabled READ Enabled WRITE SetEnabled)
+    Q_PROPERTY(bool ReadOnly READ ReadOnly WRITE SetReadOnly)
+    Q_PROPERTY(int MaxItemsToDisplay READ MaxItemsToDisplay WRITE SetMaxItemsToDisplay)
+    Q_PROPERTY(QObject* Font READ FontObject WRITE SetFont)
+    Q_PROPERTY(QString Text READ Text)
+
+public:
+    explicit ZqDropdownList(QWidget* parent = nullptr);
+    ~ZqDropdownList() override;
+
+    bool AllowDeepRows() const noexcept { return mAllowDeepRows; }
+    void SetAllowDeepRows(bool allow);
+    const QString& AutoExtendCol() const noexcept { return mAutoExtendCol; }
+    void SetAutoExtendCol(const QString& key);
+    const QString& DataField() const noexcept { return mDataField; }
+    void SetDataField(const QString& field);
+    bool Enabled() const override { return mEnabled; }
+    void SetEnabled(bool enabled) override;
+    bool ReadOnly() const noexcept { return mReadOnly; }
+    void SetReadOnly(bool readOnly);
+    int MaxItemsToDisplay() const noexcept { return mMaxItemsToDisplay; }
+    void SetMaxItemsToDisplay(int count);
+    StdFont* Font() const { return mFont.Get(); }
+    QObject* FontObject() const { return mFont.Get(); }
+    void SetFont(QObject* font);
+    QString Text() const;
+
+    // The first row whose text in a keyed, shown column begins with the string; it becomes the
+    // selection without Click. False, and no row current, when none does.
+    Q_INVOKABLE bool Find(const QString& FindString);
+    // Keys the host forwards from its own text box. A handled key is consumed (KeyCode 0).
+    void KeyDown(short& KeyCode, short Shift);
+    Q_INVOKABLE void KeyUp(short KeyCode, short Shift);
+    Q_INVOKABLE void ApplyGridSettings();
+
+    void setVisible(bool visible) override;
+    // Whether the list floats above its form now.
+    bool IsFloating() const noexcept { return mFloating; }
+
+    Grid* fgList() const noexcept { return mGrid; }
+    ZqFrame* zqfraList() const noexcept { return mFrame; }
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+signals:
+    void Click(ZqDDListClickReasons Reason);
+
+protected:
+    const PropertyList& PersistedProperties() const override;
+    void Resize() override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+
+private:
+    Variant FontValue() const { return Variant(FontObject()); }
+    void LoadFont(const Variant& font);
+    void ApplyFont();
+    void Float();
+    void ReturnToForm();
+    void GridMouseMove(short button, short shift, float x, float y);
+    void GridClick();
+    void GridBeforeRowColChange(bool& cancel);
+    void GridAfterRowColChange(int newRow, int newCol);
+    void GridCellText(int col, QString& text) const;
+    bool UserMayChange() const { return mEnabled && !mReadOnly; }
+
+    ZqFrame* mFrame;
+    Grid* mGrid;
+    SurfaceFont mFont;
+    bool mAllowDeepRows{};
+    QString mAutoExtendCol;
+    QString mDataField;
+    bool mEnabled{};
+    bool mReadOnly{};
+    int mMaxItemsToDisplay{};
+    bool mHasFocus = false;
+    short mLastKeyDown = 0;
+    struct MouseState {
+        short button = 0;
+        short shift = 0;
+        float x = 0;
+        float y = 0;
+        bool operator==(const MouseState&) const = default;
+    } mLastMouse;
+    bool mFloating = false;
+    int mFormLeft = 0;
+    int mFormTop = 0;
+};
+
+}  // namespace korvex

@@ -784,9 +784,11 @@ void Grid::ShowCell(int row, int col)
 
 // --- The window ------------------------------------------------------------------------------
 
+// The row the view is scrolled to; at the very end the view aligns the last row to the bottom
+// and this row is the first shown whole.
 int Grid::TopModelRow() const
 {
-    return mWindow->Start() + std::max(0, mView->rowAt(0));
+    return mWindow->Start() + mView->verticalScrollBar()->value();
 }
 
 int Grid::RowPixels(int modelRow) const

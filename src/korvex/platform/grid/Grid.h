@@ -97,7 +97,8 @@ public:
     void SetRow(int row);
     int Col() const;
     void SetCol(int col);
-    // The first and last data rows in view; setting TopRow scrolls.
+    // The first and last data rows in view; setting TopRow scrolls. TopRow is the row scrolled
+    // to: at the very end, where the last row sits on the bottom edge, the first row shown whole.
     int TopRow() const;
     void SetTopRow(int row);
     int BottomRow() const;
@@ -149,7 +150,10 @@ public:
     Q_INVOKABLE korvex::Variant Cell(int setting, int row, int col) const;
     Q_INVOKABLE void SetCell(int setting, int row, int col, const korvex::Variant& value);
 
-    // Twips; all data rows share one height unless AutoSize gave them their own.
+    // Twips; all data rows share one height unless AutoSize or RowHeight gave them their own.
+    // Such heights are kept by row (and move with rows added or removed before them); the
+    // window the view holds is sized by the shared height, so a screen of rows lower than it
+    // may show fewer rows than fit, never wrong ones.
     Q_INVOKABLE int RowHeight(int row) const;
     Q_INVOKABLE void SetRowHeight(int row, int twips);
     // Fits column widths (gasColWidth: to the texts of the rows in view and the caption) or row

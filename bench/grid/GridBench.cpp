@@ -58,6 +58,12 @@ Recordset& Small()
     static const std::shared_ptr<Recordset> rs = MakeRecordset(10);
     return *rs;
 }
+// More rows than the screen holds: the same cells painted as for the million.
+Recordset& Screenful()
+{
+    static const std::shared_ptr<Recordset> rs = MakeRecordset(60);
+    return *rs;
+}
 
 std::size_t HeapInUse()
 {
@@ -100,6 +106,11 @@ void BM_BindAndPaintTen(benchmark::State& state)
     BindAndPaint(state, Small());
 }
 BENCHMARK(BM_BindAndPaintTen)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(20)->Repetitions(5);
+void BM_BindAndPaintScreenful(benchmark::State& state)
+{
+    BindAndPaint(state, Screenful());
+}
+BENCHMARK(BM_BindAndPaintScreenful)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(20)->Repetitions(5);
 
 // One page down and the new screen painted, in the middle of the million rows.
 void BM_ScrollPageMillion(benchmark::State& state)
@@ -183,8 +194,12 @@ int main(int argc, char** argv)
     using namespace korvex::bench;
     korvex::Big();
     korvex::Small();
+    korvex::Screenful();
     // A million rows bind and paint as ten do, within a frame.
     CompareTime("grid_bind_paint_1m_vs_10", "BM_BindAndPaintMillion", "BM_BindAndPaintTen", 2.0);
+    // The same beside a screenful of rows, which paints the same cells: what the million rows
+    // themselves cost. Ten rows paint fewer cells than a screen, and painting is most of it.
+    CompareTime("grid_bind_paint_1m_vs_screenful", "BM_BindAndPaintMillion", "BM_BindAndPaintScreenful", 2.0);
     CompareTimeAbsolute("grid_bind_paint_1m", "BM_BindAndPaintMillion", "BM_StandardItemModelMillion", 16.0, "ms");
     // A page further down costs what painting the screen in place does.
     CompareTime("grid_scroll_page_1m", "BM_ScrollPageMillion", "BM_RepaintMillion", 2.0);

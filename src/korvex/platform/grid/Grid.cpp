@@ -1,6 +1,8 @@
-// Grid: the view, its model and its selection model. The model is the RecordsetModel with the
-// grid's captions, alignments, display-text notice and, unbound, a small store of cell texts;
-// the selection model asks the host before the user moves the current cell.
+// Grid: the view, its models and its selection model. The grid's model is the RecordsetModel
+// with the grid's captions, alignments, display-text notice and, unbound, a small store of cell
+// texts; the view reads it through a window of a few pages of rows, because a view keeps a
+// header record for every row its model has; the selection model asks the host before the
+// user moves the current cell.
 #include "korvex/platform/grid/Grid.h"
 
 #include "korvex/platform/host/ControlRegistry.h"
@@ -8,6 +10,7 @@
 #include "korvex/runtime/EntryGuard.h"
 #include "korvex/runtime/Twips.h"
 
+#include <QCoreApplication>
 #include <QHash>
 #include <QHeaderView>
 #include <QHelpEvent>
@@ -18,8 +21,11 @@
 #include <QScrollBar>
 #include <QTableView>
 #include <QToolTip>
+#include <QWheelEvent>
 
 #include <algorithm>
+#include <climits>
+#include <cstdlib>
 
 namespace korvex {
 
@@ -140,6 +146,78 @@ private:
     int mCols = 0;
 };
 
+// --- The window: the rows the view holds ------------------------------------------------------
+
+// Rows start to start + count - 1 of the grid's model, as rows 0 to count - 1. Moving the
+// window tells the view that its cells changed; only a new count starts the view over.
+class GridWindow : public QAbstractTableModel {
+public:
+    GridWindow(GridModel* rows, QObject* parent) : QAbstractTableModel(parent), mRows(rows)
+    {
+        connect(rows, &QAbstractItemModel::dataChanged, this,
+                [this](const QModelIndex& from, const QModelIndex& to, const QList<int>& roles) {
+                    const int first = std::max(from.row(), mStart);
+                    const int last = std::min(to.row(), mStart + mCount - 1);
+                    if (first <= last && to.column() < mColumns)
+                        emit dataChanged(index(first - mStart, from.column()), index(last - mStart, to.column()), roles);
+                });
+        connect(rows, &QAbstractItemModel::headerDataChanged, this, [this](Qt::Orientation orientation, int first, int last) {
+            if (orientation == Qt::Horizontal && last < mColumns)
+                emit headerDataChanged(orientation, first, last);
+        });
+    }
+
+    int Start() const { return mStart; }
+    int Count() const { return mCount; }
+    QModelIndex Source(const QModelIndex& index) const { return mRows->index(mStart + index.row(), index.column()); }
+
+    int rowCount(const QModelIndex& parent = {}) const override { return parent.isValid() ? 0 : mCount; }
+    int columnCount(const QModelIndex& parent = {}) const override { return parent.isValid() ? 0 : mColumns; }
+    QVariant data(const QModelIndex& index, int role) const override
+    {
+        return index.isValid() ? mRows->data(Source(index), role) : QVariant();
+    }
+    QVariant headerData(int section, Qt::Orientation orientation, int role) const override
+    {
+        return mRows->headerData(orientation == Qt::Vertical ? mStart + section : section, orientation, role);
+    }
+    Qt::ItemFlags flags(const QModelIndex& index) const override
+    {
+        return index.isValid() ? mRows->flags(Source(index)) : Qt::NoItemFlags;
+    }
+    bool setData(const QModelIndex& index, const QVariant& value, int role) override
+    {
+        return index.isValid() && mRows->setData(Source(index), value, role);
+    }
+
+    void Place(int start, int count)
+    {
+        const int columns = mRows->columnCount();
+        if (count != mCount || columns != mColumns) {
+            beginResetModel();
+            mStart = start;
+            mCount = count;
+            mColumns = columns;
+            endResetModel();
+        } else if (start != mStart) {
+            mStart = start;
+            Reread();
+        }
+    }
+    // The grid's rows changed under the window: every cell is read again.
+    void Reread()
+    {
+        if (mCount > 0 && mColumns > 0)
+            emit dataChanged(index(0, 0), index(mCount - 1, mColumns - 1));
+    }
+
+private:
+    GridModel* mRows;
+    int mStart = 0;
+    int mCount = 0;
+    int mColumns = 0;
+};
+
 // --- The selection model: the user's moves ask first ----------------------------------------
 
 class GridSelectionModel : public QItemSelectionModel {
@@ -149,8 +227,8 @@ public:
     void setCurrentIndex(const QModelIndex& index, QItemSelectionModel::SelectionFlags command) override
     {
         mRefused = false;
-        if (!mGrid->mByCode && index.isValid() && index != currentIndex()) {
-            const int row = index.row() + mGrid->mFixedRows;
+        if (!mGrid->mByCode && !mGrid->mSyncing && index.isValid() && index != currentIndex()) {
+            const int row = mGrid->mWindow->Start() + index.row() + mGrid->mFixedRows;
             const int col = mGrid->ColOfLogical(index.column());
             mRefused = !Guarded(mGrid, [&] { return mGrid->AllowMove(row, col); }, false);
             if (mRefused)
@@ -165,12 +243,21 @@ public:
     }
     void select(const QItemSelection& selection, QItemSelectionModel::SelectionFlags command) override
     {
-        if (!Refused())
+        if (Refused())
+            return;
+        // The selection is the current row. The view picks it by pixels, which name another
+        // row when the window moved under the press.
+        const QModelIndex current = currentIndex();
+        if (!mGrid->mByCode && !mGrid->mSyncing && current.isValid() && (command & QItemSelectionModel::Select))
+            QItemSelectionModel::select(QItemSelection(current, current), command | QItemSelectionModel::Rows);
+        else
             QItemSelectionModel::select(selection, command);
     }
+    // Whether the last move asked for was refused; a key press starts with Forget.
+    bool Refused() const { return mRefused && !mGrid->mByCode && !mGrid->mSyncing; }
+    void Forget() { mRefused = false; }
 
 private:
-    bool Refused() const { return mRefused && !mGrid->mByCode; }
 
     Grid* mGrid;
     bool mRefused = false;  // the press or key that asked to move was refused: its selection too
@@ -186,6 +273,8 @@ public:
         setSelectionMode(QAbstractItemView::SingleSelection);
         setEditTriggers(QAbstractItemView::NoEditTriggers);
         setWordWrap(false);
+        // The grid's own scroll bar covers every row; this one only the window.
+        setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
         // One height for every row: nothing measures the rows, so their number does not matter.
         verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
         verticalHeader()->setDefaultAlignment(Qt::AlignCenter);
@@ -196,7 +285,52 @@ public:
         verticalHeader()->viewport()->setMouseTracking(true);
     }
 
+    // The range of the view's own scroll bar, now.
+    void Relayout() { updateGeometries(); }
+
+    // A cell of the grid's model is where its row stands in the window; nowhere outside it.
+    QRect visualRect(const QModelIndex& index) const override
+    {
+        if (index.isValid() && index.model() == mGrid->mModel) {
+            const int row = index.row() - mGrid->mWindow->Start();
+            return row >= 0 && row < mGrid->mWindow->Count() ? QTableView::visualRect(model()->index(row, index.column())) : QRect();
+        }
+        return QTableView::visualRect(index);
+    }
+    void scrollTo(const QModelIndex& index, ScrollHint hint = EnsureVisible) override
+    {
+        if (!mGrid->mSyncing)  // the window moving under the current cell is no reason to scroll
+            QTableView::scrollTo(index, hint);
+    }
+
 protected:
+    QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override
+    {
+        return Guarded(mGrid, [&] { return MoveCursor(action, modifiers); }, QModelIndex());
+    }
+    void keyPressEvent(QKeyEvent* event) override
+    {
+        auto* selection = static_cast<GridSelectionModel*>(selectionModel());
+        const int top = mGrid->TopModelRow();
+        selection->Forget();
+        QTableView::keyPressEvent(event);
+        if (selection->Refused())  // the window went to the row asked for: back where it was
+            Guarded(mGrid, [&] { mGrid->PlaceWindow(top); });
+    }
+    void wheelEvent(QWheelEvent* event) override
+    {
+        // Up and down is the grid's scroll bar; the view's own would stop at the window's edge.
+        if (std::abs(event->angleDelta().y()) >= std::abs(event->angleDelta().x()))
+            QCoreApplication::sendEvent(mGrid->mRowBar, event);
+        else
+            QTableView::wheelEvent(event);
+    }
+    void resizeEvent(QResizeEvent* event) override
+    {
+        QTableView::resizeEvent(event);
+        if (mGrid->mWindow)
+            Guarded(mGrid, [&] { mGrid->PlaceWindow(mGrid->TopModelRow()); });
+    }
     bool viewportEvent(QEvent* event) override
     {
         if (event->type() == QEvent::ToolTip) {
@@ -211,11 +345,19 @@ protected:
     }
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override
     {
-        QTableView::currentChanged(current, previous);
-        const int oldRow = previous.isValid() ? previous.row() + mGrid->mFixedRows : -1;
-        const int oldCol = previous.isValid() ? mGrid->ColOfLogical(previous.column()) : mGrid->mCurrentCol;
-        if (current.isValid())
+        if (mGrid->mSyncing) {
+            QTableView::currentChanged(current, previous);
+            return;
+        }
+        const int oldRow = mGrid->Row();
+        const int oldCol = mGrid->Col();
+        // Before the view scrolls to it, which may move the window.
+        mGrid->mCurrentRow = current.isValid() ? mGrid->mWindow->Start() + current.row() : -1;
+        if (current.isValid()) {
+            mGrid->mCurrentLogical = current.column();
             mGrid->mCurrentCol = mGrid->ColOfLogical(current.column());
+        }
+        QTableView::currentChanged(current, previous);
         if (mGrid->mByCode)
             mGrid->CurrentChanged(oldRow, oldCol);
         else
@@ -223,6 +365,27 @@ protected:
     }
 
 private:
+    // Moves within the window are the view's; the grid first brings the current row into view
+    // (the move starts from it) and goes to the first or last row itself.
+    QModelIndex MoveCursor(CursorAction action, Qt::KeyboardModifiers modifiers)
+    {
+        const int rows = mGrid->mModel->rowCount();
+        if (rows == 0)
+            return {};
+        if ((action == MoveHome || action == MoveEnd) && (modifiers & Qt::ControlModifier)) {
+            const int target = action == MoveHome ? 0 : rows - 1;
+            QHeaderView* across = horizontalHeader();
+            int visual = action == MoveHome ? 0 : across->count() - 1;
+            const int step = action == MoveHome ? 1 : -1;
+            while (visual + step >= 0 && visual + step < across->count() && across->isSectionHidden(across->logicalIndex(visual)))
+                visual += step;
+            mGrid->BringIntoView(target);
+            return model()->index(target - mGrid->mWindow->Start(), across->logicalIndex(std::max(visual, 0)));
+        }
+        mGrid->BringIntoView(mGrid->mCurrentRow < 0 ? 0 : mGrid->mCurrentRow);
+        return QTableView::moveCursor(action, modifiers);
+    }
+
     Grid* mGrid;
 };
 
@@ -230,16 +393,31 @@ private:
 
 Grid::Grid(QWidget* parent) : UserControl(parent), mModel(new GridModel(this)), mView(new GridView(this))
 {
-    mView->setModel(mModel);
+    mWindow = new GridWindow(mModel, this);
+    mView->setModel(mWindow);
     QItemSelectionModel* standard = mView->selectionModel();
-    mView->setSelectionModel(new GridSelectionModel(mModel, this));
+    mView->setSelectionModel(new GridSelectionModel(mWindow, this));
     delete standard;
+    mRowBar = new QScrollBar(Qt::Vertical, this);
+    mRowBar->setFocusPolicy(Qt::NoFocus);
+    mRowBar->hide();
+    connect(mRowBar, &QScrollBar::valueChanged, this, [this](int top) { Guarded(this, [&] { PlaceWindow(top); }); });
+    // The view scrolls within the window (to a cell, a page, the wheel on its own): the window
+    // follows, so that the view's own position goes back to the window's middle.
+    connect(mView->verticalScrollBar(), &QScrollBar::valueChanged, this, [this](int value) {
+        if (!mPlacing)
+            Guarded(this, [&] { PlaceWindow(mWindow->Start() + value); });
+    });
     SetInputWidget(mView);
     for (QWidget* w : {mView->viewport(), mView->horizontalHeader()->viewport(), mView->verticalHeader()->viewport()})
         w->installEventFilter(this);
-    // Rows that start over (a filter, a sort, changes through clones) lose the view's current
-    // cell: it goes back to the recordset's record.
-    connect(mModel, &QAbstractItemModel::modelReset, this, [this] { Guarded(this, [this] { FollowRecordset(); }); });
+    // Rows that start over (a filter, a sort, changes through clones) lose the current cell: it
+    // goes back to the recordset's record. Rows added or removed keep it on its record.
+    connect(mModel, &QAbstractItemModel::modelReset, this, [this] { Guarded(this, [this] { RowsStartOver(); }); });
+    connect(mModel, &QAbstractItemModel::rowsInserted, this,
+            [this](const QModelIndex&, int first, int last) { Guarded(this, [&] { RowsInserted(first, last); }); });
+    connect(mModel, &QAbstractItemModel::rowsRemoved, this,
+            [this](const QModelIndex&, int first, int last) { Guarded(this, [&] { RowsRemoved(first, last); }); });
     LoadDeclaredDefaults();
     ApplyRowHeight();
 }
@@ -279,7 +457,9 @@ QSize Grid::minimumSizeHint() const
 
 void Grid::Resize()
 {
-    mView->setGeometry(rect());
+    const int bar = mRowBar->isHidden() ? 0 : mRowBar->sizeHint().width();
+    mView->setGeometry(0, 0, width() - bar, height());
+    mRowBar->setGeometry(width() - bar, 0, bar, height());
 }
 
 // --- Binding ---------------------------------------------------------------------------------
@@ -357,20 +537,10 @@ void Grid::FollowRecordset()
         return;
     const int position = rs->AbsolutePosition();
     const int target = position > 0 && position <= mModel->rowCount() ? position - 1 : -1;
-    const QModelIndex current = mView->currentIndex();
-    if ((current.isValid() ? current.row() : -1) == target)
+    if (mCurrentRow == target)
         return;
-    const QScopedValueRollback byCode(mByCode, true);
     const QScopedValueRollback following(mFollowing, true);
-    if (target < 0) {
-        mView->selectionModel()->clearCurrentIndex();
-        mView->selectionModel()->clearSelection();
-        return;
-    }
-    const int col = mCurrentCol >= mFixedCols && mCurrentCol < Cols() ? mCurrentCol : mFixedCols;
-    const int logical = col < Cols() ? LogicalOf(col) : 0;
-    mView->selectionModel()->setCurrentIndex(mModel->index(target, logical),
-                                             QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    MoveCurrentByCode(target);
 }
 
 // The recordset goes where the grid's row is: to that record, or before the first for none.
@@ -393,9 +563,8 @@ void Grid::MoveRecordsetTo(int modelRow)
 
 void Grid::CurrentChanged(int oldRow, int oldCol)
 {
-    const QModelIndex current = mView->currentIndex();
     try {
-        MoveRecordsetTo(current.isValid() ? current.row() : -1);
+        MoveRecordsetTo(mCurrentRow);
     } catch (const Error&) {
         FollowRecordset();  // the recordset did not move (a handler cancelled): nor does the row
         throw;
@@ -521,8 +690,7 @@ QString Grid::ShownText(int modelRow, int logical)
 
 int Grid::Row() const
 {
-    const QModelIndex current = mView->currentIndex();
-    return current.isValid() ? current.row() + mFixedRows : -1;
+    return mCurrentRow < 0 ? -1 : mCurrentRow + mFixedRows;
 }
 
 void Grid::SetRow(int row)
@@ -534,67 +702,247 @@ void Grid::SetRow(int row)
     }
     const int modelRow = row < 0 ? -1 : row - mFixedRows;
     MoveRecordsetTo(modelRow);
-    const QScopedValueRollback byCode(mByCode, true);
     const QScopedValueRollback following(mFollowing, true);
+    MoveCurrentByCode(modelRow);
+}
+
+// Code moves the current cell: no asking, but AfterRowColChange as for the user's moves.
+void Grid::MoveCurrentByCode(int modelRow)
+{
+    const QScopedValueRollback byCode(mByCode, true);
     if (modelRow < 0) {
-        mView->selectionModel()->clearCurrentIndex();
-        mView->selectionModel()->clearSelection();
+        if (mCurrentRow < 0)
+            return;
+        const int oldRow = Row(), oldCol = Col();
+        mCurrentRow = -1;
+        SyncCurrent();
+        CurrentChanged(oldRow, oldCol);
         return;
     }
     const int col = mCurrentCol >= mFixedCols && mCurrentCol < Cols() ? mCurrentCol : mFixedCols;
     if (col >= Cols())
         return;
-    mView->selectionModel()->setCurrentIndex(mModel->index(modelRow, LogicalOf(col)),
+    const int logical = LogicalOf(col);
+    BringIntoView(modelRow);
+    mView->selectionModel()->setCurrentIndex(mWindow->index(modelRow - mWindow->Start(), logical),
                                              QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
 }
 
 int Grid::Col() const
 {
-    const QModelIndex current = mView->currentIndex();
-    return current.isValid() ? ColOfLogical(current.column()) : mCurrentCol;
+    return mCurrentRow >= 0 && mCurrentLogical >= 0 && mCurrentLogical < DataColCount() ? ColOfLogical(mCurrentLogical)
+                                                                                      : mCurrentCol;
 }
 
 void Grid::SetCol(int col)
 {
     const int logical = LogicalOf(col);
+    const int oldCol = Col();
     mCurrentCol = col;
-    const QModelIndex current = mView->currentIndex();
-    if (!current.isValid())
+    if (mCurrentRow < 0)
         return;
     const QScopedValueRollback byCode(mByCode, true);
-    mView->selectionModel()->setCurrentIndex(mModel->index(current.row(), logical),
-                                             QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    const QModelIndex shown = mView->currentIndex();
+    if (shown.isValid()) {
+        mView->selectionModel()->setCurrentIndex(mWindow->index(shown.row(), logical),
+                                                 QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+        return;
+    }
+    mCurrentLogical = logical;  // the current row is outside the window: the view has no cell to move
+    if (oldCol != col)
+        CurrentChanged(Row(), oldCol);
 }
 
 int Grid::TopRow() const
 {
-    const int row = mView->rowAt(0);
-    return (row < 0 ? 0 : row) + mFixedRows;
+    return TopModelRow() + mFixedRows;
 }
 
 void Grid::SetTopRow(int row)
 {
     RequireRow(row);
-    mView->verticalScrollBar()->setValue(std::max(0, row - mFixedRows));
+    PlaceWindow(row - mFixedRows);
 }
 
 int Grid::BottomRow() const
 {
-    const int count = DataRowCount();
-    int row = mView->rowAt(mView->viewport()->height() - 1);
-    if (row < 0)
-        row = count - 1;
-    return std::max(row, 0) + mFixedRows;
+    const int row = mView->rowAt(mView->viewport()->height() - 1);
+    return std::max(row < 0 ? DataRowCount() - 1 : mWindow->Start() + row, 0) + mFixedRows;
 }
 
 void Grid::ShowCell(int row, int col)
 {
     RequireRow(row);
     RequireCol(col);
-    const int modelRow = row < mFixedRows ? std::max(0, TopRow() - mFixedRows) : row - mFixedRows;
+    const int modelRow = row < mFixedRows ? TopModelRow() : row - mFixedRows;
     const int logical = col < mFixedCols ? mView->horizontalHeader()->logicalIndex(0) : LogicalOf(col);
-    if (modelRow < DataRowCount() && logical >= 0)
-        mView->scrollTo(mModel->index(modelRow, logical));
+    if (modelRow < DataRowCount() && logical >= 0) {
+        BringIntoView(modelRow);
+        mView->scrollTo(mWindow->index(modelRow - mWindow->Start(), logical));  // across, and to the pixel
+    }
+}
+
+// --- The window ------------------------------------------------------------------------------
+
+// The row the view is scrolled to; at the very end the view aligns the last row to the bottom
+// and this row is the first shown whole.
+int Grid::TopModelRow() const
+{
+    return mWindow->Start() + mView->verticalScrollBar()->value();
+}
+
+int Grid::RowPixels(int modelRow) const
+{
+    const auto it = mRowHeights.find(modelRow);
+    return std::max(1, it != mRowHeights.end() ? it->second : mView->verticalHeader()->defaultSectionSize());
+}
+
+// Rows a viewport holds at the default height.
+int Grid::Page() const
+{
+    return std::max(1, mView->viewport()->height() / std::max(1, mView->verticalHeader()->defaultSectionSize()));
+}
+
+// The top row that shows the last row whole at the bottom, as the view counts it.
+int Grid::MaxTop() const
+{
+    const int rows = mModel->rowCount();
+    const int height = mView->viewport()->height();
+    int fit = 0;
+    for (int used = 0, r = rows - 1; r >= 0; --r) {
+        used += RowPixels(r);
+        if (used > height)
+            break;
+        ++fit;
+    }
+    return std::max(0, rows - std::max(fit, 1));
+}
+
+void Grid::PlaceWindow(int top)
+{
+    if (mPlacing || !mWindow)
+        return;
+    const QScopedValueRollback placing(mPlacing, true);
+    const int rows = mModel->rowCount();
+    const int maxTop = MaxTop();
+    top = std::clamp(top, 0, maxTop);
+    const int page = Page();
+    const int count = std::min(rows, 3 * page + 2);
+    mWindow->Place(std::clamp(top - page, 0, rows - count), count);
+    ApplyWindowHeights();
+    mView->Relayout();
+    mView->verticalScrollBar()->setValue(top - mWindow->Start());
+    {
+        const QSignalBlocker quiet(mRowBar);
+        mRowBar->setRange(0, maxTop);
+        mRowBar->setPageStep(page);
+        mRowBar->setValue(top);
+    }
+    if (mRowBar->isHidden() == (maxTop > 0)) {
+        mRowBar->setHidden(maxTop == 0);
+        Resize();
+    }
+    SyncCurrent();
+    mView->viewport()->update();
+}
+
+// The least scrolling that shows the row whole.
+void Grid::BringIntoView(int modelRow)
+{
+    const int top = TopModelRow();
+    if (modelRow < top) {
+        PlaceWindow(modelRow);
+        return;
+    }
+    const int height = mView->viewport()->height();
+    int first = modelRow;
+    for (int used = RowPixels(modelRow); first > 0 && used + RowPixels(first - 1) <= height;)
+        used += RowPixels(--first);
+    if (first > top)
+        PlaceWindow(first);
+}
+
+void Grid::ApplyWindowHeights()
+{
+    if (mRowHeights.empty() && !mWindowHeights)
+        return;
+    QHeaderView* down = mView->verticalHeader();
+    for (int i = 0; i < mWindow->Count(); ++i)
+        down->resizeSection(i, RowPixels(mWindow->Start() + i));
+    mWindowHeights = !mRowHeights.empty();
+}
+
+void Grid::SyncCurrent()
+{
+    const QScopedValueRollback syncing(mSyncing, true);
+    QItemSelectionModel* selection = mView->selectionModel();
+    const int row = mCurrentRow - mWindow->Start();
+    if (mCurrentRow < 0 || row >= mWindow->Count() || row < 0 || mCurrentLogical < 0 ||
+        mCurrentLogical >= mWindow->columnCount()) {
+        if (selection->currentIndex().isValid())
+            selection->clearCurrentIndex();
+        if (selection->hasSelection())
+            selection->clearSelection();
+        return;
+    }
+    const QModelIndex want = mWindow->index(row, mCurrentLogical);
+    if (selection->currentIndex() != want || !selection->isRowSelected(row))
+        selection->setCurrentIndex(want, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+}
+
+void Grid::RowsStartOver()
+{
+    mCurrentRow = -1;
+    mRowHeights.erase(mRowHeights.lower_bound(mModel->rowCount()), mRowHeights.end());
+    PlaceWindow(TopModelRow());
+    mWindow->Reread();
+    FollowRecordset();
+}
+
+void Grid::RowsInserted(int first, int last)
+{
+    const int count = last - first + 1;
+    if (mCurrentRow >= first)
+        mCurrentRow += count;
+    ShiftRowHeights(first, count);
+    PlaceWindow(TopModelRow());
+    mWindow->Reread();
+    SyncCurrent();
+}
+
+// A current row removed gives its place to the row above it (the row below at the top), as a
+// view's selection does, and that is a move of the current cell.
+void Grid::RowsRemoved(int first, int last)
+{
+    const int count = last - first + 1;
+    const int oldRow = Row(), oldCol = Col();
+    const bool lost = mCurrentRow >= first && mCurrentRow <= last;
+    if (mCurrentRow > last)
+        mCurrentRow -= count;
+    else if (lost)
+        mCurrentRow = first > 0 ? first - 1 : (mModel->rowCount() > 0 ? 0 : -1);
+    ShiftRowHeights(first, -count);
+    PlaceWindow(TopModelRow());
+    mWindow->Reread();
+    SyncCurrent();
+    if (lost)
+        CurrentChanged(oldRow, oldCol);
+}
+
+// Heights stay with their rows: rows from `from` move by `by` (rows before from - by go when
+// negative).
+void Grid::ShiftRowHeights(int from, int by)
+{
+    if (mRowHeights.empty())
+        return;
+    std::map<int, int> moved;
+    for (const auto& [row, height] : mRowHeights) {
+        if (row < from)
+            moved.emplace(row, height);
+        else if (by > 0 || row >= from - by)
+            moved.emplace(row + by, height);
+    }
+    mRowHeights.swap(moved);
 }
 
 // --- Columns ---------------------------------------------------------------------------------
@@ -757,12 +1105,14 @@ void Grid::ApplyRowHeight()
     const int height = std::max(font, TwipsToPixelsY(mRowHeightMin));
     mView->verticalHeader()->setMinimumSectionSize(std::min(height, TwipsToPixelsY(mRowHeightMin) > 0 ? height : font));
     mView->verticalHeader()->setDefaultSectionSize(height);
+    mWindowHeights = true;  // the default height went to every row of the window
+    PlaceWindow(TopModelRow());
 }
 
 int Grid::RowHeight(int row) const
 {
     RequireRow(row);
-    const int pixels = row < mFixedRows ? mView->horizontalHeader()->height() : mView->rowHeight(row - mFixedRows);
+    const int pixels = row < mFixedRows ? mView->horizontalHeader()->height() : RowPixels(row - mFixedRows);
     return PixelsToTwipsY(pixels);
 }
 
@@ -773,7 +1123,9 @@ void Grid::SetRowHeight(int row, int twips)
     if (row < mFixedRows)
         mView->horizontalHeader()->setFixedHeight(TwipsToPixelsY(twips));
     else
-        mView->setRowHeight(row - mFixedRows, TwipsToPixelsY(twips));
+        mRowHeights[row - mFixedRows] = TwipsToPixelsY(twips);
+    mWindowHeights = true;
+    PlaceWindow(TopModelRow());
 }
 
 void Grid::SetRowHeightMin(int twips)
@@ -817,7 +1169,9 @@ void Grid::AutoSize(int col1, int col2)
     if (mAutoSizeMode == gasRowHeight) {
         const int base = mView->verticalHeader()->defaultSectionSize();
         for (int r = first; r <= last; ++r)
-            mView->setRowHeight(r, std::max(base, heights[static_cast<std::size_t>(r - first)]));
+            mRowHeights[r] = std::max(base, heights[static_cast<std::size_t>(r - first)]);
+        mWindowHeights = true;
+        PlaceWindow(TopModelRow());
     }
 }
 
@@ -892,6 +1246,8 @@ void Grid::TrackMouse(QObject* watched, QMouseEvent* event)
         inFixedCol = true;
         modelRow = down->logicalIndexAt(at.y());
     }
+    if (modelRow >= 0)
+        modelRow += mWindow->Start();
     mMouseRow = inFixedRow ? 0 : (modelRow < 0 ? -1 : modelRow + mFixedRows);
     mMouseCol = inFixedCol ? 0 : (logical < 0 ? -1 : ColOfLogical(logical));
 }

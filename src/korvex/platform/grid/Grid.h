@@ -1,6 +1,7 @@
 // Grid: the grid control the list controls and host forms sit on, a QTableView over a
 // RecordsetModel that reads its DataSource recordset in place, so a million rows bind and
-// scroll as ten do (uniform row heights; nothing measures every row). Its members follow the
+// scroll as ten do (uniform row heights; nothing measures every row). The view itself holds
+// only a window of a few pages of rows; the grid's own scroll bar covers them all. Its members follow the
 // grid numbering hosts know: row 0 is the header row when FixedRows is 1, so record r + 1 stands
 // in row r; column indexes are display positions (moving a column renumbers the others) and
 // keys name columns (a bound column's key is its field name).
@@ -17,6 +18,9 @@
 
 #include <QPointer>
 
+class QScrollBar;
+
+#include <map>
 #include <memory>
 #include <vector>
 
@@ -24,6 +28,7 @@ namespace korvex {
 
 class GridModel;
 class GridView;
+class GridWindow;
 
 inline constexpr int GridInvalidIndex = vbErrInvalidPropertyArrayIndex;
 
@@ -92,7 +97,8 @@ public:
     void SetRow(int row);
     int Col() const;
     void SetCol(int col);
-    // The first and last data rows in view; setting TopRow scrolls.
+    // The first and last data rows in view; setting TopRow scrolls. TopRow is the row scrolled
+    // to: at the very end, where the last row sits on the bottom edge, the first row shown whole.
     int TopRow() const;
     void SetTopRow(int row);
     int BottomRow() const;
@@ -144,7 +150,10 @@ public:
     Q_INVOKABLE korvex::Variant Cell(int setting, int row, int col) const;
     Q_INVOKABLE void SetCell(int setting, int row, int col, const korvex::Variant& value);
 
-    // Twips; all data rows share one height unless AutoSize gave them their own.
+    // Twips; all data rows share one height unless AutoSize or RowHeight gave them their own.
+    // Such heights are kept by row (and move with rows added or removed before them); the
+    // window the view holds is sized by the shared height, so a screen of rows lower than it
+    // may show fewer rows than fit, never wrong ones.
     Q_INVOKABLE int RowHeight(int row) const;
     Q_INVOKABLE void SetRowHeight(int row, int twips);
     // Fits column widths (gasColWidth: to the texts of the rows in view and the caption) or row
@@ -183,6 +192,7 @@ private:
     friend class GridModel;
     friend class GridView;
     friend class GridSelectionModel;
+    friend class GridWindow;
 
     // Grid numbering to the model's and back.
     int LogicalOf(int col) const;       // a data column; raises GridInvalidIndex
@@ -203,9 +213,29 @@ private:
     // User moves: the notices that can cancel them.
     bool AllowMove(int newRow, int newCol);
     void TrackMouse(QObject* watched, QMouseEvent* event);
+
+    // The window of rows the view holds. `top` is the model row shown first; the window takes
+    // a page above and below it, so that the view's own moves (a page, a row, the wheel) stay
+    // inside and the grid only recentres it afterwards.
+    int TopModelRow() const;
+    int MaxTop() const;
+    int Page() const;
+    int RowPixels(int modelRow) const;
+    void PlaceWindow(int top);
+    void BringIntoView(int modelRow);
+    void ApplyWindowHeights();
+    // The view's current cell and selection follow mCurrentRow while the window moves.
+    void SyncCurrent();
+    void MoveCurrentByCode(int modelRow);
+    void RowsStartOver();
+    void RowsInserted(int first, int last);
+    void RowsRemoved(int first, int last);
+    void ShiftRowHeights(int from, int by);
     void RaiseMouse(QMouseEvent* event, QWidget* from);
 
     GridModel* mModel;
+    GridWindow* mWindow = nullptr;
+    QScrollBar* mRowBar = nullptr;  // covers every row; the view's own bar only the window
     GridView* mView;
     int mFixedRows{};
     int mFixedCols{};
@@ -218,6 +248,12 @@ private:
     int mMouseRow = -1;
     int mMouseCol = -1;
     int mCurrentCol = -1;  // kept while there is no current row
+    int mCurrentRow = -1;      // the current model row, whether the window holds it or not
+    int mCurrentLogical = -1;  // and its column
+    std::map<int, int> mRowHeights;  // model row to pixels, for rows given their own height
+    bool mWindowHeights = false;     // the window's rows do not all have the default height
+    bool mSyncing = false;
+    bool mPlacing = false;
     std::vector<QString> mKeys;     // by logical column
     std::vector<int> mAlignments;   // by logical column
     bool mByCode = false;

@@ -191,8 +191,9 @@ void ZqDropdownList::focusOutEvent(QFocusEvent* event)
 
 void ZqDropdownList::setVisible(bool visible)
 {
-    if (visible && !mFloating && UserMode() && parentWidget() && !isVisible()) {
-        Float();
+    // Floats only above a form the user sees: under a hidden form it waits on the form.
+    if (visible && !mFloating && UserMode() && parentWidget() && parentWidget()->isVisible() && !isVisible()) {
+        Guarded(this, [this] { Float(); });
         return;
     }
     if (!visible && mFloating) {
@@ -213,7 +214,9 @@ void ZqDropdownList::Float()
     mFormLeft = Left();
     mFormTop = Top();
     mFloating = true;
-    setWindowFlags(Qt::Tool | Qt::FramelessWindowHint);
+    // The host's text box keeps the focus and forwards its keys: the list never takes it.
+    setAttribute(Qt::WA_ShowWithoutActivating);
+    setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus);
     move(screen);
     ListControl::setVisible(true);
     ApplyGridSettings();
@@ -324,6 +327,9 @@ void ZqDropdownList::GridCellText(int col, QString& text) const
 
 void ZqDropdownList::KeyDown(short& KeyCode, short Shift)
 {
+    // A list the user may only look at keeps its selection, whatever keys reach it.
+    if (!UserMayChange())
+        return;
     const auto& display = Model().DisplayCopy();
     int step = 0;
     bool moved = false;

@@ -132,6 +132,8 @@ TEST_F(ListModelTest, BoundValueSelectsByValueAndKeepsTheSelectionWhenNotFound)
                 QStringLiteral("Item not found."));
     EXPECT_EQ(list->BoundValue(), Variant("C03"));
     EXPECT_EQ(clicks.count(), 1);
+    EXPECT_ANY_THROW(list->SetBoundValue(Variant("O'Brien"))) << "a quote ends the search criterion";
+    EXPECT_EQ(list->BoundValue(), Variant("C03")) << "and the selection before it stays";
 
     // The bound column by key; Text is the first visible column's value.
     list->SetBoundColumn(QStringLiteral("Name"));

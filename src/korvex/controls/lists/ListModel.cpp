@@ -476,14 +476,22 @@ void ListModel::SetGridFromValue(const Variant& value, int reason)
     if (!mStore)
         Fail(".SetGridFromValue", QStringLiteral("Item not found."));
     const Variant before = NothingSelected() ? Variant() : mStore->Bookmark();
-    FindByValue(ColumnFieldName(QString::number(BoundColumnPosition())), wanted);
-    const Variant now = TranslateValue(BoundValue(), true);
-    if (!ValuesEqual(now, wanted, false)) {
-        // The value is not in the list: the previous selection comes back.
+    // The value is not in the list, or cannot be searched for: the previous selection comes back.
+    const auto restore = [&] {
         if (before.IsEmpty())
             MoveToNothing(*mStore);
         else
             mStore->SetBookmark(before);
+    };
+    try {
+        FindByValue(ColumnFieldName(QString::number(BoundColumnPosition())), wanted);
+    } catch (const Error&) {
+        restore();
+        throw;
+    }
+    const Variant now = TranslateValue(BoundValue(), true);
+    if (!ValuesEqual(now, wanted, false)) {
+        restore();
         Fail(".SetGridFromValue", QStringLiteral("Item not found."));
     }
     if (mGrid.isVisible())
@@ -629,8 +637,11 @@ void ListModel::Reselect(const Variant& remembered)
     MoveToNothing(*mStore);
     try {
         SetGridFromValue(remembered, 0);
-    } catch (const Error&) {
+    } catch (const Error& e) {
         MoveToNothing(*mStore);
+        // Gone through the filter is expected; anything else is a mistake worth telling.
+        if (e.Description() != QLatin1String("Item not found."))
+            qCWarning(lcLists).noquote() << mControl.Name() << ": the value selected before cannot be selected again:" << e.Description();
     }
 }
 

@@ -5,6 +5,7 @@
 #include "DemoDatabase.h"
 #include "EmailScreen.h"
 #include "GridScreen.h"
+#include "ListsScreen.h"
 #include "MainForm.h"
 
 #include "korvex/core/clsPublic.h"
@@ -22,6 +23,7 @@
 #include <QEventLoop>
 #include <QLineEdit>
 #include <QMdiSubWindow>
+#include <QPainter>
 #include <QTemporaryDir>
 #include <QTimer>
 
@@ -41,7 +43,16 @@ bool SaveShot(demo::MainForm& main, const QString& dir, const QString& name)
     QEventLoop settle;
     QTimer::singleShot(60, &settle, &QEventLoop::quit);
     settle.exec();
-    return main.grab().save(QDir(dir).filePath(name + QStringLiteral(".png")));
+    QPixmap picture = main.grab();
+    // An open pick list floats in a window of its own above its form: it belongs in the picture.
+    QPainter painter(&picture);
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        if (window != &main && window->isVisible() && window->windowFlags().testFlag(Qt::Tool) &&
+            window->parentWidget() && window->parentWidget()->window() == &main)
+            painter.drawPixmap(main.mapFromGlobal(window->mapToGlobal(QPoint(0, 0))), window->grab());
+    }
+    painter.end();
+    return picture.save(QDir(dir).filePath(name + QStringLiteral(".png")));
 }
 
 // Every form of the side bar in turn.
@@ -116,6 +127,9 @@ int main(int argc, char** argv)
         main.SetScreen(QStringLiteral("frmCustomers"),
                        [&customers](korvex::Form& form) { customers = new demo::CustomerScreen(form); });
         main.SetScreen(QStringLiteral("frmGrid"), [](korvex::Form& form) { new demo::GridScreen(form); });
+        main.SetScreen(QStringLiteral("frmLists"), [picture = parser.isSet(screenshot)](korvex::Form& form) {
+            new demo::ListsScreen(form, picture);
+        });
     } catch (const korvex::Error& error) {
         demo::FormService(*welcome).MsgBoxZq(QStringLiteral("The customer database cannot be opened."), korvex::vbExclamation,
                                              QString(), 0, error.Description());

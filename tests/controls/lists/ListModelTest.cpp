@@ -154,6 +154,24 @@ TEST_F(ListModelTest, BoundValueSelectsByValueAndKeepsTheSelectionWhenNotFound)
     EXPECT_TRUE(store->FieldOptimized(store->Store()->FieldIndexOf(QStringLiteral("Name"))));
 }
 
+TEST_F(ListModelTest, ANumericBoundColumnIsSearchedThroughItsIndex)
+{
+    using namespace ado;
+    list->SetRowSource(ado::test::MakeRecordset({{"Id", adInteger}, {"Name", adVarWChar, 20}},
+                                                {{30, "Baker"}, {10, "Adams"}, {20, "Cole"}, {Null, "Nobody"}}));
+    list->SetBoundColumn(QStringLiteral("Id"));
+    list->SetBoundValue(Variant(std::int32_t{20}));
+    EXPECT_EQ(list->Text(), QStringLiteral("20"));
+    EXPECT_EQ(list->ColValue(QStringLiteral("Name")), Variant("Cole"));
+    list->SetBoundValue(Variant(QStringLiteral("10")));
+    EXPECT_EQ(list->ColValue(QStringLiteral("Name")), Variant("Adams")) << "a text is read as the field's number";
+    ExpectError(Raised([&] { list->SetBoundValue(Variant(std::int32_t{40})); }), QStringLiteral(".SetGridFromValue"),
+                QStringLiteral("Item not found."));
+    EXPECT_EQ(list->ColValue(QStringLiteral("Name")), Variant("Adams"));
+    const auto& store = list->Model().ItemStore();
+    EXPECT_TRUE(store->FieldOptimized(store->Store()->FieldIndexOf(QStringLiteral("Id"))));
+}
+
 TEST_F(ListModelTest, ListIndexFilterAndSortKeepTheSelectedValue)
 {
     QSignalSpy clicks(list, qOverload<ZqDDListClickReasons>(&ZqDropdownList::Click));

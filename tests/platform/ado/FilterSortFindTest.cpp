@@ -227,19 +227,23 @@ TEST(RecordsetOptimize, IndexAnswersAsAScanWhileClonesEditAddDeleteAndCancel)
             s += QChar(u"abAB"[random.bounded(4)]);
         return random.bounded(10) == 0 ? Variant(Null) : Variant(s);
     };
+    auto quantity = [&] { return random.bounded(10) == 0 ? Variant(Null) : Variant(std::int32_t{random.bounded(6)}); };
     std::shared_ptr<Recordset> stores[2];
     std::shared_ptr<Recordset> clones[2];
     for (int k = 0; k < 2; ++k) {
-        stores[k] = MakeRecordset({{"Id", adInteger}, {"Name", adVarChar, 10}});
+        stores[k] = MakeRecordset({{"Id", adInteger}, {"Name", adVarChar, 10}, {"Qty", adInteger}});
         stores[k]->Fields()->Item("Name")->Properties()->Item("Optimize")->SetValue(k == 1);
+        stores[k]->Fields()->Item("Qty")->Properties()->Item("Optimize")->SetValue(k == 1);
         clones[k] = stores[k]->Clone();
     }
     const char* filters[] = {"Name = 'ab'", "Name LIKE 'a*'", "Name LIKE 'AB*'", "Name = ''", "Name LIKE 'b%'",
-                             "Name = 'a' OR Name LIKE 'ba*'", "Name LIKE 'a*' AND Id > 50"};
-    const char* finds[] = {"Name = 'ab'", "Name LIKE 'a*'", "Name = ''", "Name LIKE 'B*'"};
+                             "Name = 'a' OR Name LIKE 'ba*'", "Name LIKE 'a*' AND Id > 50", "Qty = 3",
+                             "Qty = '0' OR Name = 'b'", "Qty = 2 AND Name LIKE 'a*'", "Qty > 3"};
+    const char* finds[] = {"Name = 'ab'", "Name LIKE 'a*'", "Name = ''", "Name LIKE 'B*'", "Qty = 4", "Qty = 0"};
     for (int step = 0; step < 400; ++step) {
         const int op = random.bounded(10);
         const Variant value = name();
+        const Variant qty = quantity();
         const int target = random.bounded(1, 120);
         for (int k = 0; k < 2; ++k) {
             Recordset& rs = random.bounded(2) ? *stores[k] : *clones[k];
@@ -248,12 +252,14 @@ TEST(RecordsetOptimize, IndexAnswersAsAScanWhileClonesEditAddDeleteAndCancel)
                 rs.AddNew();
                 rs.Fields()->Item("Id")->SetValue(step);
                 rs.Fields()->Item("Name")->SetValue(value);
+                rs.Fields()->Item("Qty")->SetValue(qty);
                 rs.Update();
             } else {
                 rs.SetFilter(Variant(adFilterNone));
                 rs.SetAbsolutePosition(target % rs.RecordCount() + 1);
                 if (op < 8) {
                     rs.Fields()->Item("Name")->SetValue(value);
+                    rs.Fields()->Item("Qty")->SetValue(qty);
                     rs.Update();
                 } else if (op == 8) {
                     rs.Delete();

@@ -442,7 +442,7 @@ void ListModel::SetBoundValue(const Variant& value)
 void ListModel::IndexField(const QString& field)
 {
     const int index = mStore->Store()->FieldIndexOf(field);
-    if (index >= 0 && !mStore->FieldOptimized(index) && IsTextFieldType(mStore->Store()->Field(index).Type))
+    if (index >= 0 && !mStore->FieldOptimized(index))
         mStore->SetFieldOptimized(index, true);
 }
 

@@ -2,7 +2,7 @@
 // recordset, the item store (a clone of the caller's recordset, or one built from a string of
 // items); the grid shows a second clone of it, the display copy; the selected row is the item
 // store's current record. Selection, value and search are therefore recordset operations, and a
-// search by value on a text column goes through the store's field index, not a scan.
+// search by value goes through the store's field index, not a scan.
 //
 // The model owns no widget: it works on the control's grid and reports selections to the control
 // through two callbacks, so that each control raises its own events.

@@ -37,13 +37,19 @@ std::vector<RowId> Ordered(std::span<const RowId> rows, KeyOf keyOf, Compare com
 
 }  // namespace
 
-FieldIndex::FieldIndex(const Column& column, std::span<const RowId> rows) : mColumn(column)
+FieldIndex::FieldIndex(const Column& column, std::span<const RowId> rows)
+    : mColumn(column), mNumeric(column.Storage() != StorageKind::Text)
 {
     std::vector<RowId> kept;
     kept.reserve(rows.size());
     for (RowId row : rows) {
         if (!column.IsNull(row))
             kept.push_back(row);
+    }
+    if (mNumeric) {
+        mSorted = std::move(kept);
+        std::sort(mSorted.begin(), mSorted.end(), [&](RowId a, RowId b) { return Less(a, b); });
+        return;
     }
     mSorted = Ordered(
         kept, [&](RowId row) { return HeadKey(Text(row)); }, [&](RowId a, RowId b) { return Text(a).compare(Text(b)); });
@@ -54,6 +60,10 @@ FieldIndex::FieldIndex(const Column& column, std::span<const RowId> rows) : mCol
 
 bool FieldIndex::Less(RowId a, RowId b) const noexcept
 {
+    if (mNumeric) {
+        const double x = mColumn.Number(a), y = mColumn.Number(b);
+        return x != y ? x < y : a < b;
+    }
     const int c = Text(a).compare(Text(b));
     return c != 0 ? c < 0 : a < b;
 }
@@ -82,6 +92,8 @@ void FieldIndex::Remove(RowId row)
     auto it = std::lower_bound(mSorted.begin(), mSorted.end(), row, [&](RowId a, RowId b) { return Less(a, b); });
     if (it != mSorted.end() && *it == row)
         mSorted.erase(it);
+    if (mNumeric)
+        return;
     it = std::lower_bound(mReversed.begin(), mReversed.end(), row,
                           [&](RowId a, RowId b) { return LessReversed(a, b); });
     if (it != mReversed.end() && *it == row)
@@ -97,7 +109,8 @@ void FieldIndex::Merge()
         std::inplace_merge(order.begin(), order.begin() + middle, order.end(), less);
     };
     merge(mSorted, [&](RowId a, RowId b) { return Less(a, b); });
-    merge(mReversed, [&](RowId a, RowId b) { return LessReversed(a, b); });
+    if (!mNumeric)
+        merge(mReversed, [&](RowId a, RowId b) { return LessReversed(a, b); });
     mPending.clear();
 }
 
@@ -114,6 +127,20 @@ std::vector<RowId> FieldIndex::StartingWith(std::string_view prefix) const
 std::vector<RowId> FieldIndex::EndingWith(std::string_view suffix) const
 {
     return Matching(suffix, Kind::Suffix);
+}
+
+std::vector<RowId> FieldIndex::EqualNumber(double value) const
+{
+    const auto from =
+        std::partition_point(mSorted.begin(), mSorted.end(), [&](RowId row) { return mColumn.Number(row) < value; });
+    const auto to = std::partition_point(from, mSorted.end(), [&](RowId row) { return mColumn.Number(row) == value; });
+    std::vector<RowId> rows(from, to);
+    for (RowId row : mPending) {
+        if (mColumn.Number(row) == value)
+            rows.push_back(row);
+    }
+    std::sort(rows.begin(), rows.end());
+    return rows;
 }
 
 std::vector<RowId> FieldIndex::Matching(std::string_view key, Kind kind) const

@@ -1,6 +1,7 @@
-// The index a text field gets when its "Optimize" property is True: its rows ordered by their
-// folded text, once from the front and once from the back, so that equality, starts-with and
-// ends-with criteria are answered by binary search instead of a scan. It lives in the store shared
+// The index a field gets when its "Optimize" property is True. A text field's rows are ordered by
+// their folded text, once from the front and once from the back, so that equality, starts-with and
+// ends-with criteria are answered by binary search instead of a scan; a number, currency, date or
+// boolean field's rows are ordered by their value, which answers equality. It lives in the store shared
 // by all clones, so an edit made through any of them keeps it right.
 #pragma once
 
@@ -27,6 +28,9 @@ public:
     std::vector<RowId> Equal(std::string_view key) const;
     std::vector<RowId> StartingWith(std::string_view prefix) const;
     std::vector<RowId> EndingWith(std::string_view suffix) const;
+    // Non-text fields: rows whose value equals `value`, in ascending row order.
+    std::vector<RowId> EqualNumber(double value) const;
+    bool Numeric() const noexcept { return mNumeric; }
 
     std::size_t BytesAllocated() const noexcept
     {
@@ -42,8 +46,9 @@ private:
     void Merge();
 
     const Column& mColumn;
-    std::vector<RowId> mSorted;    // by folded text, then row id
-    std::vector<RowId> mReversed;  // by folded text read backwards, then row id
+    bool mNumeric;
+    std::vector<RowId> mSorted;    // by folded text (by value when numeric), then row id
+    std::vector<RowId> mReversed;  // text only: by folded text read backwards, then row id
     std::vector<RowId> mPending;   // added since the last merge, in no order
 };
 

@@ -291,7 +291,7 @@ void RecordsetStore::SetOptimized(int field, bool on)
 {
     const auto f = static_cast<std::size_t>(field);
     mOptimized[f] = on ? 1 : 0;
-    if (!on || !mFields[f].IsText()) {
+    if (!on) {
         mIndexes[f].reset();
         return;
     }

@@ -102,7 +102,7 @@ public:
     // row's status unchanged.
     void SetSourceValue(RowId row, int field, const Variant& value);
 
-    // "Optimize": an index on a text field, shared by all clones.
+    // "Optimize": an index on the field, shared by all clones.
     void SetOptimized(int field, bool on);
     // Only text fields get an index; on other fields the setting is kept and scans answer.
     bool IsOptimized(int field) const { return mOptimized[static_cast<std::size_t>(field)] != 0; }

@@ -266,6 +266,10 @@ std::optional<RowFilter::Found> RowFilter::Candidates(const Node& node) const
     const FieldIndex* index = mStore.IndexOf(node.field);
     if (!index)
         return std::nullopt;
+    if (index->Numeric())
+        return node.test == Test::Number && node.op == CriteriaOp::Equal
+                   ? std::optional<Found>(Found{index->EqualNumber(node.number), true})
+                   : std::nullopt;
     if (node.test == Test::Text && node.op == CriteriaOp::Equal)
         return Found{index->Equal(Folded(node.text)), true};
     if (node.test != Test::LikeText)

@@ -75,6 +75,7 @@ TEST_F(ZqDropdownListTest, WritesOnlyWhatDiffersAndReadsItBack)
     list->SetAutoExtendCol(QStringLiteral("Column1"));
     list->SetMaxItemsToDisplay(8);
     list->SetBoundColumn(QStringLiteral("1"));
+    list->SetAllowDeepRows(true);
     list->WriteProperties(bag);
     EXPECT_EQ(bag.Values().value(QStringLiteral("RowSource")).toString(), QStringLiteral("A;Apple;B;Banana"));
     EXPECT_EQ(bag.Values().value(QStringLiteral("Columns")).toInt(), 2);
@@ -86,6 +87,11 @@ TEST_F(ZqDropdownListTest, WritesOnlyWhatDiffersAndReadsItBack)
     EXPECT_EQ(loaded.MaxItemsToDisplay(), 8);
     EXPECT_EQ(loaded.AutoExtendCol(), QStringLiteral("Column1"));
     EXPECT_FALSE(loaded.fgList()->ExtendLastCol());
+    EXPECT_TRUE(loaded.fgList()->WordWrap()) << "deep rows wrap their text";
+    EXPECT_EQ(loaded.fgList()->AutoSizeMode(), gasRowHeight) << "and size their rows";
+    loaded.SetAllowDeepRows(false);
+    EXPECT_FALSE(loaded.fgList()->WordWrap());
+    EXPECT_EQ(loaded.fgList()->AutoSizeMode(), gasColWidth);
     loaded.SetBoundValue(Variant("banana"));
     EXPECT_EQ(loaded.Text(), QStringLiteral("B"));
 

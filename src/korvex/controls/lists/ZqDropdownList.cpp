@@ -95,7 +95,10 @@ const PropertyList& ZqDropdownList::PersistedProperties() const
 
 void ZqDropdownList::SetAllowDeepRows(bool allow)
 {
-    Assign("AllowDeepRows", mAllowDeepRows, allow, [this] { mGrid->SetWordWrap(mAllowDeepRows); });
+    Assign("AllowDeepRows", mAllowDeepRows, allow, [this] {
+        mGrid->SetWordWrap(mAllowDeepRows);
+        mGrid->SetAutoSizeMode(mAllowDeepRows ? gasRowHeight : gasColWidth);
+    });
 }
 
 void ZqDropdownList::SetAutoExtendCol(const QString& key)

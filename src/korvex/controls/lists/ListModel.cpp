@@ -382,11 +382,10 @@ void ListModel::ApplyColumnList(const QString& list, bool rebind)
         const int index = mGrid.ColIndex(name);
         if (index == -1)
             Fail(".ColumnList", QStringLiteral("Specified ColumnList field \"") + name + QStringLiteral("\" not found."));
+        // A column already in its place is left as it is, hidden or not: applying the same list
+        // again must not rebind the grid, which would clear the selection.
         if (index != i) {
             mGrid.SetColPosition(index, i);
-            changed = true;
-        }
-        if (mGrid.ColHidden(i)) {
             mGrid.SetColHidden(i, false);
             changed = true;
         }

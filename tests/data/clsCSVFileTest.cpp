@@ -224,11 +224,12 @@ TEST(CSVFile, LongLinesAcrossReadBoundaries)
 }
 
 // Random lines of quotes, commas, apostrophes, CRs and letters, many longer than the 64 bytes
-// the parser takes at a time, so that open quotes carry across its blocks.
+// the parser takes at a time, so that open quotes carry across its blocks; read in the usual
+// 64 KB and in reads so small that quotes, CRs and LFs fall on every side of a read boundary.
 TEST(CSVFile, AgreesWithThePlainRulesOnRandomLines)
 {
     std::mt19937 random(2009);
-    const char alphabet[] = {'a', 'b', ',', ',', '"', '"', '\'', ' ', '\r', '\xE9'};
+    const char alphabet[] = {'a', 'b', ',', ',', '"', '"', '\'', ' ', '\r', '\xE9', '\x80', '\x9F'};
     QList<QByteArray> lines;
     QByteArray bytes;
     for (int n = 0; n < 400; ++n) {
@@ -240,28 +241,39 @@ TEST(CSVFile, AgreesWithThePlainRulesOnRandomLines)
     }
     test::TestFolder folder;
     const QString path = folder.Write(QStringLiteral("random.csv"), bytes);
-    for (bool doubling : {false, true}) {
-        clsCSVFile csv;
-        csv.SetDoubleApostrophes(doubling);
-        csv.OpenCSV(path, 0);
-        int width = 0;
-        for (const QByteArray& line : lines) {
-            ASSERT_FALSE(csv.EOFCSV());
-            const QStringList expected = test::ReferenceCsvFields(line, doubling);
-            width = std::max(width, static_cast<int>(expected.size()));
-            ASSERT_EQ(csv.FieldsCount(), width);
-            for (int i = 0; i < width; ++i) {
-                ASSERT_EQ(csv.FieldText(static_cast<short>(i)), i < expected.size() ? expected[i] : QString())
-                    << "field " << i << " of " << line.toStdString();
+    for (qsizetype readSize : {qsizetype{64 * 1024}, qsizetype{1}, qsizetype{7}, qsizetype{64}, qsizetype{100}}) {
+        for (bool doubling : {false, true}) {
+            SCOPED_TRACE(testing::Message() << "reads of " << readSize << (doubling ? ", doubling" : ""));
+            clsCSVFile csv(readSize, nullptr);
+            csv.SetDoubleApostrophes(doubling);
+            csv.OpenCSV(path, 0);
+            int width = 0;
+            for (const QByteArray& line : lines) {
+                ASSERT_FALSE(csv.EOFCSV());
+                const QStringList expected = test::ReferenceCsvFields(line, doubling);
+                width = std::max(width, static_cast<int>(expected.size()));
+                ASSERT_EQ(csv.FieldsCount(), width);
+                for (int i = 0; i < width; ++i) {
+                    ASSERT_EQ(csv.FieldText(static_cast<short>(i)), i < expected.size() ? expected[i] : QString())
+                        << "field " << i << " of " << line.toStdString();
+                }
+                QStringList quoted;
+                for (const QString& field : expected)
+                    quoted.append(u'\'' + field + u'\'');
+                ASSERT_EQ(csv.FieldsValueList(), quoted.join(u','));
+                csv.MoveNext();
             }
-            QStringList quoted;
-            for (const QString& field : expected)
-                quoted.append(u'\'' + field + u'\'');
-            ASSERT_EQ(csv.FieldsValueList(), quoted.join(u','));
-            csv.MoveNext();
+            EXPECT_TRUE(csv.EOFCSV());
+            EXPECT_EQ(csv.RecordCount(), lines.size());
+
+            // Walked without a look at any field, the reader still holds the last record at the end.
+            csv.MoveFirst();
+            while (!csv.EOFCSV())
+                csv.MoveNext();
+            const QStringList last = test::ReferenceCsvFields(lines.last(), doubling);
+            for (int i = 0; i < width; ++i)
+                EXPECT_EQ(csv.FieldText(static_cast<short>(i)), i < last.size() ? last[i] : QString()) << "field " << i;
         }
-        EXPECT_TRUE(csv.EOFCSV());
-        EXPECT_EQ(csv.RecordCount(), lines.size());
     }
 }
 

@@ -141,14 +141,22 @@ double Median(std::vector<double> values)
     return n % 2 ? values[n / 2] : (values[n / 2 - 1] + values[n / 2]) / 2;
 }
 
-// The range of the values over their median.
-double Spread(const std::vector<double>& values)
+// The middle half of the values (from the lower to the upper quartile) over their median: a
+// round that another program on the machine slowed down moves the median and this spread
+// little, where the full range would show nothing but that one round.
+double Spread(std::vector<double> values)
 {
     const double median = Median(values);
-    if (values.empty() || median == 0)
+    if (values.size() < 2 || median == 0)
         return 0;
-    const auto [low, high] = std::minmax_element(values.begin(), values.end());
-    return (*high - *low) / median;
+    std::sort(values.begin(), values.end());
+    const auto quantile = [&](double q) {
+        const double at = q * static_cast<double>(values.size() - 1);
+        const auto below = static_cast<std::size_t>(at);
+        const std::size_t above = std::min(below + 1, values.size() - 1);
+        return values[below] + (values[above] - values[below]) * (at - static_cast<double>(below));
+    };
+    return (quantile(0.75) - quantile(0.25)) / median;
 }
 
 std::string SpreadNote(double spread, std::size_t runs)

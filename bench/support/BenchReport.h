@@ -5,9 +5,10 @@
 // reference see the same machine. After the rounds it prints one summary line per comparison:
 //   BENCH <name>: <value> <unit> vs <reference> <value> <unit> = <ratio>x (goal <= <target>x) [spread 4%, 7 runs] OK|MISS
 // Values are the medians over the rounds. The ratio is the median of the rounds' own ratios
-// (each round's measurement over the same round's reference), and the spread is the range of
-// those ratios (for an absolute goal: of the measurement) over their median; a spread above 20%
-// adds "NOISY" to the brackets, as the figure is then not to be trusted.
+// (each round's measurement over the same round's reference), and the spread is the middle half
+// of those ratios (for an absolute goal: of the measurement), from the lower to the upper
+// quartile, over their median; a spread above 20% adds "NOISY" to the brackets, as the figure
+// is then not to be trusted.
 #pragma once
 
 #include <benchmark/benchmark.h>

@@ -18,8 +18,9 @@
 #ifdef Q_OS_UNIX
 #include <sys/file.h>
 #endif
-#if defined(__SSE2__)
-#include <emmintrin.h>
+#if defined(__x86_64__) || defined(__i386__)
+#include <immintrin.h>
+#define KORVEX_CSV_WIDE_SCAN 1
 #endif
 
 namespace korvex {
@@ -66,12 +67,21 @@ qsizetype FindByte(const char* text, qsizetype from, qsizetype end, char byte)
     return found ? static_cast<const char*>(found) - text : end;
 }
 
-// The four masks of the bytes that matter in one block, from one load of each 16 bytes.
+// The four masks of the bytes that matter in one block.
 struct BlockMasks {
     quint64 quotes = 0, commas = 0, crs = 0, lfs = 0;
 };
 
-BlockMasks MasksOf(const char* block)
+// Bit i becomes the parity of bits 0 to i.
+quint64 PrefixXor(quint64 bits)
+{
+    for (int shift = 1; shift < 64; shift *= 2)
+        bits ^= bits << shift;
+    return bits;
+}
+
+// The plain way: one byte at a time, or 16 with SSE2, which every x86-64 processor has.
+BlockMasks PlainMasks(const char* block)
 {
     BlockMasks m;
 #if defined(__SSE2__)
@@ -98,25 +108,94 @@ BlockMasks MasksOf(const char* block)
     return m;
 }
 
-// Bit i becomes the parity of bits 0 to i.
-quint64 PrefixXor(quint64 bits)
+#if defined(KORVEX_CSV_WIDE_SCAN)
+// Processors with AVX2 compare 32 bytes at once, and with carry-less multiplication a
+// multiplication by all ones gives the running parity in one step.
+[[gnu::target("avx2"), gnu::always_inline]] inline quint64 WideMask(__m256i low, __m256i high, char byte)
 {
-    for (int shift = 1; shift < 64; shift *= 2)
-        bits ^= bits << shift;
-    return bits;
+    const __m256i wanted = _mm256_set1_epi8(byte);
+    const auto lowBits = static_cast<quint32>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(low, wanted)));
+    const auto highBits = static_cast<quint32>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(high, wanted)));
+    return static_cast<quint64>(lowBits) | (static_cast<quint64>(highBits) << 32);
 }
 
-// The set bits of `bits`; counted in the register where the processor has no instruction
-// for it, which beats the library call the compiler would make.
-int BitCount(quint64 bits)
+[[gnu::target("avx2"), gnu::always_inline]] inline BlockMasks WideMasks(const char* block)
 {
-#if defined(__POPCNT__)
-    return std::popcount(bits);
+    const __m256i low = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(block));
+    const __m256i high = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(block + 32));
+    return {WideMask(low, high, '"'), WideMask(low, high, ','), WideMask(low, high, '\r'), WideMask(low, high, '\n')};
+}
+
+[[gnu::target("pclmul"), gnu::always_inline]] inline quint64 WideParity(quint64 bits)
+{
+    const __m128i product = _mm_clmulepi64_si128(_mm_set_epi64x(0, static_cast<long long>(bits)),
+                                                 _mm_set1_epi8(static_cast<char>(0xFF)), 0);
+    return static_cast<quint64>(_mm_cvtsi128_si64(product));
+}
+#endif
+
+// The set bits of `bits`: by the processor's own instruction where the caller is compiled for
+// it, else counted in the register, which beats the library call the compiler would make.
+template <bool Popcnt>
+[[gnu::always_inline]] inline int BitCount(quint64 bits)
+{
+    if constexpr (Popcnt) {
+        return __builtin_popcountll(bits);
+    } else {
+        bits -= (bits >> 1) & 0x5555555555555555ULL;
+        bits = (bits & 0x3333333333333333ULL) + ((bits >> 2) & 0x3333333333333333ULL);
+        bits = (bits + (bits >> 4)) & 0x0F0F0F0F0F0F0F0FULL;
+        return static_cast<int>((bits * 0x0101010101010101ULL) >> 56);
+    }
+}
+
+// How many marks of one kind stand before position `at` in the buffer (counted from some fixed
+// point: only differences mean anything).
+template <bool Popcnt>
+[[gnu::always_inline]] inline qsizetype CountBefore(const CsvBlockBits* blocks, qsizetype at, quint64 CsvBlockBits::*kind,
+                                                    quint32 CsvBlockBits::*before)
+{
+    if (at == 0)
+        return blocks->*before;
+    const CsvBlockBits& block = blocks[(at - 1) / 64];
+    const int upTo = static_cast<int>((at - 1) % 64) + 1;
+    const quint64 bits = upTo == 64 ? block.*kind : block.*kind & ((quint64{1} << upTo) - 1);
+    return static_cast<qsizetype>(block.*before) + BitCount<Popcnt>(bits);
+}
+
+// The separating commas and the CRs from `start` up to `end`.
+template <bool Popcnt>
+[[gnu::always_inline]] inline std::pair<qsizetype, qsizetype> CountLine(const CsvBlockBits* blocks, qsizetype start,
+                                                                        qsizetype end)
+{
+    using B = CsvBlockBits;
+    return {CountBefore<Popcnt>(blocks, end, &B::commas, &B::commasBefore) -
+                CountBefore<Popcnt>(blocks, start, &B::commas, &B::commasBefore),
+            CountBefore<Popcnt>(blocks, end, &B::crs, &B::crsBefore) -
+                CountBefore<Popcnt>(blocks, start, &B::crs, &B::crsBefore)};
+}
+
+std::pair<qsizetype, qsizetype> CountLinePlain(const CsvBlockBits* blocks, qsizetype start, qsizetype end)
+{
+    return CountLine<false>(blocks, start, end);
+}
+
+#if defined(KORVEX_CSV_WIDE_SCAN)
+[[gnu::target("popcnt")]] std::pair<qsizetype, qsizetype> CountLinePopcnt(const CsvBlockBits* blocks, qsizetype start,
+                                                                           qsizetype end)
+{
+    return CountLine<true>(blocks, start, end);
+}
+#endif
+
+bool WideInstructions()
+{
+#if defined(KORVEX_CSV_WIDE_SCAN)
+    static const bool wide =
+        __builtin_cpu_supports("avx2") && __builtin_cpu_supports("pclmul") && __builtin_cpu_supports("popcnt");
+    return wide;
 #else
-    bits -= (bits >> 1) & 0x5555555555555555ULL;
-    bits = (bits & 0x3333333333333333ULL) + ((bits >> 2) & 0x3333333333333333ULL);
-    bits = (bits + (bits >> 4)) & 0x0F0F0F0F0F0F0F0FULL;
-    return static_cast<int>((bits * 0x0101010101010101ULL) >> 56);
+    return false;
 #endif
 }
 
@@ -283,37 +362,74 @@ bool clsCSVFile::Refill()
 // comma separates when the quotes before it on its line are even in number (then the count
 // since its field's start is even too), so the quotes' running parity is carried from block to
 // block and starts again behind every LF. A block that the buffer holds only in part is
-// searched again, from the same parity, when more bytes have come.
+// searched again, from the same parity, when more bytes have come. Both ways of searching
+// share this step; it says whether the block was whole.
+template <bool Popcnt>
+[[gnu::always_inline]] inline bool clsCSVFile::StoreBlock(ScanState& scan, qsizetype base, quint64 inBlock,
+                                                           quint64 commas, quint64 crs, quint64 lfs, quint64 inside)
+{
+    lfs &= inBlock;
+    crs &= inBlock;
+    // Behind each LF the count starts again: the bits above it lose the parity it had.
+    for (quint64 rest = lfs; rest != 0; rest &= rest - 1) {
+        const int at = std::countr_zero(rest);
+        if (at < 63)
+            inside ^= Broadcast(inside, at) & (~quint64{0} << (at + 1));
+    }
+    const auto b = static_cast<std::size_t>(base / 64);
+    CsvBlockBits& block = scan.blocks[b];
+    block = {commas & inBlock & ~inside, crs, lfs, 0, 0};
+    if (b > 0) {
+        const CsvBlockBits& previous = scan.blocks[b - 1];
+        block.commasBefore = previous.commasBefore + static_cast<quint32>(BitCount<Popcnt>(previous.commas));
+        block.crsBefore = previous.crsBefore + static_cast<quint32>(BitCount<Popcnt>(previous.crs));
+    }
+    if (inBlock != ~quint64{0})
+        return false;
+    scan.parity = (lfs >> 63) ? 0 : Broadcast(inside, 63);
+    scan.scannedTo = base + 64;
+    return true;
+}
+
+inline quint64 clsCSVFile::InBlock(const ScanState& scan, qsizetype base)
+{
+    const qsizetype valid = scan.end - base;
+    return valid >= 64 ? ~quint64{0} : (quint64{1} << valid) - 1;
+}
+
+void clsCSVFile::ScanBlocks(ScanState& scan)
+{
+    for (qsizetype base = scan.scannedTo; base < scan.end; base += 64) {
+        const quint64 inBlock = InBlock(scan, base);
+        const BlockMasks m = PlainMasks(scan.data + base);
+        if (!StoreBlock<false>(scan, base, inBlock, m.commas, m.crs, m.lfs, PrefixXor(m.quotes & inBlock) ^ scan.parity))
+            return;
+    }
+}
+
+#if defined(KORVEX_CSV_WIDE_SCAN)
+[[gnu::target("avx2,pclmul,popcnt")]] void clsCSVFile::ScanBlocksWide(ScanState& scan)
+{
+    for (qsizetype base = scan.scannedTo; base < scan.end; base += 64) {
+        const quint64 inBlock = InBlock(scan, base);
+        const BlockMasks m = WideMasks(scan.data + base);
+        if (!StoreBlock<true>(scan, base, inBlock, m.commas, m.crs, m.lfs, WideParity(m.quotes & inBlock) ^ scan.parity))
+            return;
+    }
+}
+#endif
+
 void clsCSVFile::FindMarks()
 {
-    const char* data = mBuffer.constData();
-    for (qsizetype base = mScannedTo; base < mBufferEnd; base += 64) {
-        const qsizetype valid = mBufferEnd - base;
-        const quint64 inBlock = valid >= 64 ? ~quint64{0} : (quint64{1} << valid) - 1;
-        BlockMasks m = MasksOf(data + base);
-        m.commas &= inBlock;
-        m.crs &= inBlock;
-        m.lfs &= inBlock;
-        quint64 inside = PrefixXor(m.quotes & inBlock) ^ mQuoteParity;
-        // Behind each LF the count starts again: the bits above it lose the parity it had.
-        for (quint64 lfs = m.lfs; lfs != 0; lfs &= lfs - 1) {
-            const int at = std::countr_zero(lfs);
-            if (at < 63)
-                inside ^= Broadcast(inside, at) & (~quint64{0} << (at + 1));
-        }
-        const auto b = static_cast<std::size_t>(base / 64);
-        BlockBits& block = mBlocks[b];
-        block = {m.commas & ~inside, m.crs, m.lfs, 0, 0};
-        if (b > 0) {
-            const BlockBits& previous = mBlocks[b - 1];
-            block.commasBefore = previous.commasBefore + static_cast<quint32>(BitCount(previous.commas));
-            block.crsBefore = previous.crsBefore + static_cast<quint32>(BitCount(previous.crs));
-        }
-        if (valid < 64)
-            return;
-        mQuoteParity = (m.lfs >> 63) ? 0 : Broadcast(inside, 63);
-        mScannedTo = base + 64;
-    }
+    ScanState scan{mBuffer.constData(), mBufferEnd, mBlocks.data(), mScannedTo, mQuoteParity};
+#if defined(KORVEX_CSV_WIDE_SCAN)
+    if (WideInstructions())
+        ScanBlocksWide(scan);
+    else
+#endif
+        ScanBlocks(scan);
+    mScannedTo = scan.scannedTo;
+    mQuoteParity = scan.parity;
 }
 
 bool clsCSVFile::FileExhausted()
@@ -366,18 +482,6 @@ void clsCSVFile::ForEachBlock(qsizetype from, qsizetype to, Select select, Visit
     }
 }
 
-// How many marks of one kind stand before position `at` in the buffer (counted from some fixed
-// point: only differences mean anything).
-qsizetype clsCSVFile::CountBefore(qsizetype at, quint64 BlockBits::*kind, quint32 BlockBits::*before) const
-{
-    if (at == 0)
-        return mBlocks.front().*before;
-    const BlockBits& block = mBlocks[static_cast<std::size_t>((at - 1) / 64)];
-    const int upTo = static_cast<int>((at - 1) % 64) + 1;
-    const quint64 bits = upTo == 64 ? block.*kind : block.*kind & ((quint64{1} << upTo) - 1);
-    return static_cast<qsizetype>(block.*before) + BitCount(bits);
-}
-
 // A line is every byte up to the next LF (or to the end of the file), with every CR in it
 // dropped; the read position ends just behind that LF. Its fields are counted from the marks
 // (the separating commas, and one more when the line does not end in one); where they lie is
@@ -390,10 +494,12 @@ void clsCSVFile::ReadRecord()
     const qsizetype end = FindLineEnd(start);
     mBufferPos = end < mBufferEnd ? end + 1 : mBufferEnd;
     const char* data = mBuffer.constData();
-    const qsizetype commas = CountBefore(end, &BlockBits::commas, &BlockBits::commasBefore) -
-                             CountBefore(start, &BlockBits::commas, &BlockBits::commasBefore);
-    const qsizetype crs =
-        CountBefore(end, &BlockBits::crs, &BlockBits::crsBefore) - CountBefore(start, &BlockBits::crs, &BlockBits::crsBefore);
+#if defined(KORVEX_CSV_WIDE_SCAN)
+    const auto [commas, crs] = WideInstructions() ? CountLinePopcnt(mBlocks.data(), start, end)
+                                                  : CountLinePlain(mBlocks.data(), start, end);
+#else
+    const auto [commas, crs] = CountLinePlain(mBlocks.data(), start, end);
+#endif
     const qsizetype length = end - start - crs;
     // The line's last byte other than a CR; usually its CRs (if any) all stand at its end.
     qsizetype last = end - 1;
@@ -433,7 +539,7 @@ void clsCSVFile::FindSpans() const
     qsizetype fieldStart = 0;
     qsizetype removed = 0;
     const qsizetype start = mLineStart;
-    ForEachBlock(start, mLineEnd, [](const BlockBits& block) { return block.commas | block.crs; },
+    ForEachBlock(start, mLineEnd, [](const CsvBlockBits& block) { return block.commas | block.crs; },
                  [&](qsizetype base, quint64 bits) {
                      const quint64 crBits = mBlocks[static_cast<std::size_t>(base / 64)].crs;
                      for (; bits != 0; bits &= bits - 1) {
@@ -478,13 +584,19 @@ QByteArrayView clsCSVFile::FieldBytes(const FieldSpan& span, QByteArray& scratch
     if (bytes.size() >= 2 && bytes.front() == '"' && bytes.back() == '"') {
         bytes = bytes.sliced(1, bytes.size() - 2);
         if (bytes.contains('"')) {
-            scratch.resize(0);
-            for (qsizetype i = 0; i < bytes.size(); ++i) {
-                scratch.append(bytes[i]);
-                if (bytes[i] == '"' && i + 1 < bytes.size() && bytes[i + 1] == '"')
+            // Copied in pieces between quotes; a doubled quote leaves one behind.
+            scratch.resize(bytes.size());
+            char* out = scratch.data();
+            for (qsizetype i = 0; i < bytes.size();) {
+                const qsizetype quote = FindByte(bytes.data(), i, bytes.size(), '"');
+                const qsizetype piece = std::min(quote + 1, bytes.size()) - i;
+                std::memcpy(out, bytes.data() + i, static_cast<std::size_t>(piece));
+                out += piece;
+                i += piece;
+                if (quote < bytes.size() && i < bytes.size() && bytes[i] == '"')
                     ++i;
             }
-            bytes = scratch;
+            bytes = QByteArrayView(scratch.constData(), out - scratch.constData());
         }
     }
     if (mParsedWithDoubledApostrophes && bytes.contains('\'')) {

@@ -15,6 +15,14 @@
 
 namespace korvex {
 
+// Where the bytes that matter lie in 64 bytes of the reader's buffer: bit i of a mask is set
+// where byte i is a separating comma, a CR or an LF; beside them the number of separating
+// commas and CRs in the blocks before, so that a line's are counted at once.
+struct CsvBlockBits {
+    quint64 commas = 0, crs = 0, lfs = 0;
+    quint32 commasBefore = 0, crsBefore = 0;
+};
+
 class clsCSVFile : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool EOFCSV READ EOFCSV)
@@ -110,17 +118,24 @@ private:
     qsizetype mReadSize;
     qsizetype mBufferPos = 0;
     qsizetype mBufferEnd = 0;
-    // Where the bytes that matter lie, one entry for each 64 bytes of the buffer: bit i of a
-    // mask is set where byte i is a separating comma, a CR or an LF; beside them the number of
-    // separating commas and CRs in the blocks before, so that a line's are counted at once.
-    // Blocks before mScannedTo are searched whole; mQuoteParity (all ones inside quotes) is the
+    // The marks, one entry for each 64 bytes of the buffer. Blocks before mScannedTo are searched whole; mQuoteParity (all ones inside quotes) is the
     // line's quote parity at mScannedTo.
-    struct BlockBits {
-        quint64 commas = 0, crs = 0, lfs = 0;
-        quint32 commasBefore = 0, crsBefore = 0;
+    std::vector<CsvBlockBits> mBlocks;
+    // The search through the buffer, in the plain way or with the wide instructions of the
+    // processor when it has them.
+    struct ScanState {
+        const char* data;
+        qsizetype end;
+        CsvBlockBits* blocks;
+        qsizetype scannedTo;
+        quint64 parity;
     };
-    std::vector<BlockBits> mBlocks;
-    qsizetype CountBefore(qsizetype at, quint64 BlockBits::*kind, quint32 BlockBits::*before) const;
+    static void ScanBlocks(ScanState& scan);
+    static void ScanBlocksWide(ScanState& scan);
+    static quint64 InBlock(const ScanState& scan, qsizetype base);
+    template <bool Popcnt>
+    static bool StoreBlock(ScanState& scan, qsizetype base, quint64 inBlock, quint64 commas, quint64 crs, quint64 lfs,
+                           quint64 inside);
     template <class Select, class Visit>
     void ForEachBlock(qsizetype from, qsizetype to, Select select, Visit visit) const;
     qsizetype mScannedTo = 0;

@@ -277,6 +277,40 @@ TEST(CSVFile, AgreesWithThePlainRulesOnRandomLines)
     }
 }
 
+// Fields are placed only when one is asked for: records passed unread, and a last record read
+// only after the walk has reached the end, must read as the rules say all the same.
+TEST(CSVFile, RecordsPassedUnreadLeaveTheOthersRight)
+{
+    const QByteArray files[] = {
+        QByteArray("\n") + QByteArray(55, '\0') + "a\xF4\x84\x84\x7F{{{\n,",
+        "a,\"b\r\n,c\",d\r\n\"x\ny,z\r\r\n,,\n\"q,\"\"\",r",
+    };
+    test::TestFolder folder;
+    for (const QByteArray& bytes : files) {
+        const QString path = folder.Write(QStringLiteral("unread.csv"), bytes);
+        QList<QByteArray> lines = bytes.split('\n');
+        if (bytes.endsWith('\n'))
+            lines.removeLast();
+        for (qsizetype readSize : {qsizetype{64 * 1024}, qsizetype{1}, qsizetype{3}, qsizetype{64}}) {
+            SCOPED_TRACE(testing::Message() << "reads of " << readSize);
+            clsCSVFile csv(readSize, nullptr);
+            csv.OpenCSV(path, 0);
+            for (qsizetype n = 0; n < lines.size(); ++n, csv.MoveNext()) {
+                if (n % 2 == 1)
+                    continue;
+                const QStringList expected = test::ReferenceCsvFields(lines[n], false);
+                for (int i = 0; i < csv.FieldsCount(); ++i)
+                    EXPECT_EQ(csv.FieldText(static_cast<short>(i)), i < expected.size() ? expected[i] : QString())
+                        << "line " << n << " field " << i;
+            }
+            ASSERT_TRUE(csv.EOFCSV());
+            const QStringList last = test::ReferenceCsvFields(lines.last(), false);
+            for (int i = 0; i < last.size(); ++i)
+                EXPECT_EQ(csv.FieldText(static_cast<short>(i)), last[i]) << "last line, field " << i;
+        }
+    }
+}
+
 TEST(CSVFile, RecordCountIsCountedOnceAfterModeZero)
 {
     test::TestFolder folder;

@@ -452,10 +452,12 @@ qsizetype clsCSVFile::FindLineEnd(qsizetype& from)
         // Everything read is passed: read on, and go on from the same byte.
         qsizetype resume = mBufferEnd;
         const qsizetype before = mBufferPos;
-        if (!Refill())
-            return mBufferEnd;
+        const bool more = Refill();
+        // The kept bytes moved to the front, whether or not more came.
         from -= before - mBufferPos;
         resume -= before - mBufferPos;
+        if (!more)
+            return mBufferEnd;
         blocks = static_cast<std::size_t>((mBufferEnd + 63) / 64);
         b = static_cast<std::size_t>(resume / 64);
         lfs = mBlocks[b].lfs & (~quint64{0} << (resume & 63));

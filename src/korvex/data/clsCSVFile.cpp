@@ -157,8 +157,9 @@ template <bool Popcnt>
 {
     if (at == 0)
         return blocks->*before;
-    const CsvBlockBits& block = blocks[(at - 1) / 64];
-    const int upTo = static_cast<int>((at - 1) % 64) + 1;
+    const auto lastBefore = static_cast<std::size_t>(at - 1);  // positions are never negative
+    const CsvBlockBits& block = blocks[lastBefore / 64];
+    const int upTo = static_cast<int>(lastBefore % 64) + 1;
     const quint64 bits = upTo == 64 ? block.*kind : block.*kind & ((quint64{1} << upTo) - 1);
     return static_cast<qsizetype>(block.*before) + BitCount<Popcnt>(bits);
 }
@@ -212,7 +213,8 @@ constexpr qsizetype Padding = 64;
 
 clsCSVFile::clsCSVFile(QObject* parent) : clsCSVFile(ReadBufferSize, parent) {}
 
-clsCSVFile::clsCSVFile(qsizetype readSize, QObject* parent) : QObject(parent), mReadSize(std::max<qsizetype>(readSize, 1))
+clsCSVFile::clsCSVFile(qsizetype readSize, QObject* parent)
+    : QObject(parent), mReadSize(std::max<qsizetype>(readSize, 1)), mWide(WideInstructions())
 {
 }
 
@@ -370,11 +372,18 @@ template <bool Popcnt>
 {
     lfs &= inBlock;
     crs &= inBlock;
-    // Behind each LF the count starts again: the bits above it lose the parity it had.
-    for (quint64 rest = lfs; rest != 0; rest &= rest - 1) {
+    // Behind each LF the count starts again: the bits above it lose the parity it had. The first
+    // two LFs of a block are taken without a branch (a missing one counts as bit 63, above which
+    // nothing lies), as lines of ordinary length bring one or two and a loop would guess wrong.
+    quint64 rest = lfs;
+    for (int k = 0; k < 2; ++k) {
+        const int at = std::countr_zero(rest | (quint64{1} << 63));
+        inside ^= Broadcast(inside, at) & ((~quint64{0} << at) << 1);
+        rest &= rest - 1;
+    }
+    for (; rest != 0; rest &= rest - 1) {
         const int at = std::countr_zero(rest);
-        if (at < 63)
-            inside ^= Broadcast(inside, at) & (~quint64{0} << (at + 1));
+        inside ^= Broadcast(inside, at) & ((~quint64{0} << at) << 1);
     }
     const auto b = static_cast<std::size_t>(base / 64);
     CsvBlockBits& block = scan.blocks[b];
@@ -441,8 +450,8 @@ bool clsCSVFile::FileExhausted()
 // start then moves with the bytes kept); the end of the file when none comes.
 qsizetype clsCSVFile::FindLineEnd(qsizetype& from)
 {
-    auto blocks = static_cast<std::size_t>((mBufferEnd + 63) / 64);
-    auto b = static_cast<std::size_t>(from / 64);
+    auto blocks = static_cast<std::size_t>(mBufferEnd + 63) / 64;
+    auto b = static_cast<std::size_t>(from) / 64;
     quint64 lfs = b < blocks ? mBlocks[b].lfs & (~quint64{0} << (from & 63)) : 0;
     while (lfs == 0) {
         if (++b < blocks) {
@@ -458,8 +467,8 @@ qsizetype clsCSVFile::FindLineEnd(qsizetype& from)
         resume -= before - mBufferPos;
         if (!more)
             return mBufferEnd;
-        blocks = static_cast<std::size_t>((mBufferEnd + 63) / 64);
-        b = static_cast<std::size_t>(resume / 64);
+        blocks = static_cast<std::size_t>(mBufferEnd + 63) / 64;
+        b = static_cast<std::size_t>(resume) / 64;
         lfs = mBlocks[b].lfs & (~quint64{0} << (resume & 63));
     }
     return static_cast<qsizetype>(b * 64) + std::countr_zero(lfs);
@@ -472,8 +481,8 @@ void clsCSVFile::ForEachBlock(qsizetype from, qsizetype to, Select select, Visit
 {
     if (from >= to)
         return;
-    const auto first = static_cast<std::size_t>(from / 64);
-    const auto last = static_cast<std::size_t>((to - 1) / 64);
+    const auto first = static_cast<std::size_t>(from) / 64;
+    const auto last = static_cast<std::size_t>(to - 1) / 64;
     for (std::size_t b = first; b <= last; ++b) {
         quint64 bits = select(mBlocks[b]);
         if (b == first)
@@ -482,6 +491,23 @@ void clsCSVFile::ForEachBlock(qsizetype from, qsizetype to, Select select, Visit
             bits &= (quint64{1} << (to & 63)) - 1;
         visit(static_cast<qsizetype>(b * 64), bits);
     }
+}
+
+inline void clsCSVFile::FinishRecord()
+{
+    mParsedWithDoubledApostrophes = mDoubleApostrophes;
+
+    // Field texts are made on demand; a new record invalidates those of the last one at once.
+    ++mRecord;
+    if (mFields.size() < mSpanCount) {
+        mFields.resize(mSpanCount);
+        mFieldRecord.resize(mSpanCount, 0);
+    }
+    // The width only grows; fields beyond this line's own read as "", so a shorter line
+    // leaves no old values behind.
+    const int count = static_cast<int>(mSpanCount);
+    if (count - 1 > mHighestFieldIndex)
+        mHighestFieldIndex = count - 1;
 }
 
 // A line is every byte up to the next LF (or to the end of the file), with every CR in it
@@ -493,11 +519,15 @@ void clsCSVFile::ForEachBlock(qsizetype from, qsizetype to, Select select, Visit
 void clsCSVFile::ReadRecord()
 {
     qsizetype start = mBufferPos;
-    const qsizetype end = FindLineEnd(start);
+    // Mostly the LF lies in the block where the line starts.
+    const std::size_t startBlock = static_cast<std::size_t>(start) / 64;
+    const quint64 nearLfs = start < mBufferEnd ? mBlocks[startBlock].lfs & (~quint64{0} << (start & 63)) : 0;
+    const qsizetype end = nearLfs != 0 ? static_cast<qsizetype>(startBlock * 64) + std::countr_zero(nearLfs)
+                                       : FindLineEnd(start);
     mBufferPos = end < mBufferEnd ? end + 1 : mBufferEnd;
     const char* data = mBuffer.constData();
 #if defined(KORVEX_CSV_WIDE_SCAN)
-    const auto [commas, crs] = WideInstructions() ? CountLinePopcnt(mBlocks.data(), start, end)
+    const auto [commas, crs] = mWide ? CountLinePopcnt(mBlocks.data(), start, end)
                                                   : CountLinePlain(mBlocks.data(), start, end);
 #else
     const auto [commas, crs] = CountLinePlain(mBlocks.data(), start, end);
@@ -558,23 +588,6 @@ void clsCSVFile::FindSpans() const
     if (fieldStart < mLine.size())
         *span++ = {fieldStart, mLine.size() - fieldStart};
     Q_ASSERT(static_cast<std::size_t>(span - mSpans.data()) == mSpanCount);
-}
-
-void clsCSVFile::FinishRecord()
-{
-    mParsedWithDoubledApostrophes = mDoubleApostrophes;
-
-    // Field texts are made on demand; a new record invalidates those of the last one at once.
-    ++mRecord;
-    if (mFields.size() < mSpanCount) {
-        mFields.resize(mSpanCount);
-        mFieldRecord.resize(mSpanCount, 0);
-    }
-    // The width only grows; fields beyond this line's own read as "", so a shorter line
-    // leaves no old values behind.
-    const int count = static_cast<int>(mSpanCount);
-    if (count - 1 > mHighestFieldIndex)
-        mHighestFieldIndex = count - 1;
 }
 
 // The bytes of one field: a field that begins and ends with a double quote loses both, and

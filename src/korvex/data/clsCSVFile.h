@@ -116,6 +116,7 @@ private:
     // and grows when one line does not fit.
     QByteArray mBuffer;
     qsizetype mReadSize;
+    bool mWide;  // the processor has the instructions for the wide search
     qsizetype mBufferPos = 0;
     qsizetype mBufferEnd = 0;
     // The marks, one entry for each 64 bytes of the buffer. Blocks before mScannedTo are searched whole; mQuoteParity (all ones inside quotes) is the

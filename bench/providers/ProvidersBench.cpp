@@ -215,7 +215,7 @@ BENCHMARK(BM_RecordsetUpdateBatch)->Unit(benchmark::kMillisecond);
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
-    korvex::bench::CompareTime("open 100,000 rows x 10 columns from SQLite", "BM_RecordsetOpen", "BM_RawOpen", 1.3);
-    korvex::bench::CompareTime("UpdateBatch 10,000 changed rows", "BM_RecordsetUpdateBatch", "BM_RawUpdate", 1.5);
+    korvex::bench::CompareTime("open 100,000 rows x 10 columns from SQLite", "BM_RecordsetOpen", "BM_RawOpen", 1.1);
+    korvex::bench::CompareTime("UpdateBatch 10,000 changed rows", "BM_RecordsetUpdateBatch", "BM_RawUpdate", 1.2);
     return korvex::bench::Main(argc, argv);
 }

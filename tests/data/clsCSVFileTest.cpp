@@ -224,11 +224,12 @@ TEST(CSVFile, LongLinesAcrossReadBoundaries)
 }
 
 // Random lines of quotes, commas, apostrophes, CRs and letters, many longer than the 64 bytes
-// the parser takes at a time, so that open quotes carry across its blocks.
+// the parser takes at a time, so that open quotes carry across its blocks; read in the usual
+// 64 KB and in reads so small that quotes, CRs and LFs fall on every side of a read boundary.
 TEST(CSVFile, AgreesWithThePlainRulesOnRandomLines)
 {
     std::mt19937 random(2009);
-    const char alphabet[] = {'a', 'b', ',', ',', '"', '"', '\'', ' ', '\r', '\xE9'};
+    const char alphabet[] = {'a', 'b', ',', ',', '"', '"', '\'', ' ', '\r', '\xE9', '\x80', '\x9F'};
     QList<QByteArray> lines;
     QByteArray bytes;
     for (int n = 0; n < 400; ++n) {
@@ -240,28 +241,73 @@ TEST(CSVFile, AgreesWithThePlainRulesOnRandomLines)
     }
     test::TestFolder folder;
     const QString path = folder.Write(QStringLiteral("random.csv"), bytes);
-    for (bool doubling : {false, true}) {
-        clsCSVFile csv;
-        csv.SetDoubleApostrophes(doubling);
-        csv.OpenCSV(path, 0);
-        int width = 0;
-        for (const QByteArray& line : lines) {
-            ASSERT_FALSE(csv.EOFCSV());
-            const QStringList expected = test::ReferenceCsvFields(line, doubling);
-            width = std::max(width, static_cast<int>(expected.size()));
-            ASSERT_EQ(csv.FieldsCount(), width);
-            for (int i = 0; i < width; ++i) {
-                ASSERT_EQ(csv.FieldText(static_cast<short>(i)), i < expected.size() ? expected[i] : QString())
-                    << "field " << i << " of " << line.toStdString();
+    for (qsizetype readSize : {qsizetype{64 * 1024}, qsizetype{1}, qsizetype{7}, qsizetype{64}, qsizetype{100}}) {
+        for (bool doubling : {false, true}) {
+            SCOPED_TRACE(testing::Message() << "reads of " << readSize << (doubling ? ", doubling" : ""));
+            clsCSVFile csv(readSize, nullptr);
+            csv.SetDoubleApostrophes(doubling);
+            csv.OpenCSV(path, 0);
+            int width = 0;
+            for (const QByteArray& line : lines) {
+                ASSERT_FALSE(csv.EOFCSV());
+                const QStringList expected = test::ReferenceCsvFields(line, doubling);
+                width = std::max(width, static_cast<int>(expected.size()));
+                ASSERT_EQ(csv.FieldsCount(), width);
+                for (int i = 0; i < width; ++i) {
+                    ASSERT_EQ(csv.FieldText(static_cast<short>(i)), i < expected.size() ? expected[i] : QString())
+                        << "field " << i << " of " << line.toStdString();
+                }
+                QStringList quoted;
+                for (const QString& field : expected)
+                    quoted.append(u'\'' + field + u'\'');
+                ASSERT_EQ(csv.FieldsValueList(), quoted.join(u','));
+                csv.MoveNext();
             }
-            QStringList quoted;
-            for (const QString& field : expected)
-                quoted.append(u'\'' + field + u'\'');
-            ASSERT_EQ(csv.FieldsValueList(), quoted.join(u','));
-            csv.MoveNext();
+            EXPECT_TRUE(csv.EOFCSV());
+            EXPECT_EQ(csv.RecordCount(), lines.size());
+
+            // Walked without a look at any field, the reader still holds the last record at the end.
+            csv.MoveFirst();
+            while (!csv.EOFCSV())
+                csv.MoveNext();
+            const QStringList last = test::ReferenceCsvFields(lines.last(), doubling);
+            for (int i = 0; i < width; ++i)
+                EXPECT_EQ(csv.FieldText(static_cast<short>(i)), i < last.size() ? last[i] : QString()) << "field " << i;
         }
-        EXPECT_TRUE(csv.EOFCSV());
-        EXPECT_EQ(csv.RecordCount(), lines.size());
+    }
+}
+
+// Fields are placed only when one is asked for: records passed unread, and a last record read
+// only after the walk has reached the end, must read as the rules say all the same.
+TEST(CSVFile, RecordsPassedUnreadLeaveTheOthersRight)
+{
+    const QByteArray files[] = {
+        QByteArray("\n") + QByteArray(55, '\0') + "a\xF4\x84\x84\x7F{{{\n,",
+        "a,\"b\r\n,c\",d\r\n\"x\ny,z\r\r\n,,\n\"q,\"\"\",r",
+    };
+    test::TestFolder folder;
+    for (const QByteArray& bytes : files) {
+        const QString path = folder.Write(QStringLiteral("unread.csv"), bytes);
+        QList<QByteArray> lines = bytes.split('\n');
+        if (bytes.endsWith('\n'))
+            lines.removeLast();
+        for (qsizetype readSize : {qsizetype{64 * 1024}, qsizetype{1}, qsizetype{3}, qsizetype{64}}) {
+            SCOPED_TRACE(testing::Message() << "reads of " << readSize);
+            clsCSVFile csv(readSize, nullptr);
+            csv.OpenCSV(path, 0);
+            for (qsizetype n = 0; n < lines.size(); ++n, csv.MoveNext()) {
+                if (n % 2 == 1)
+                    continue;
+                const QStringList expected = test::ReferenceCsvFields(lines[n], false);
+                for (int i = 0; i < csv.FieldsCount(); ++i)
+                    EXPECT_EQ(csv.FieldText(static_cast<short>(i)), i < expected.size() ? expected[i] : QString())
+                        << "line " << n << " field " << i;
+            }
+            ASSERT_TRUE(csv.EOFCSV());
+            const QStringList last = test::ReferenceCsvFields(lines.last(), false);
+            for (int i = 0; i < last.size(); ++i)
+                EXPECT_EQ(csv.FieldText(static_cast<short>(i)), last[i]) << "last line, field " << i;
+        }
     }
 }
 

@@ -15,6 +15,14 @@
 
 namespace korvex {
 
+// Where the bytes that matter lie in 64 bytes of the reader's buffer: bit i of a mask is set
+// where byte i is a separating comma, a CR or an LF; beside them the number of separating
+// commas and CRs in the blocks before, so that a line's are counted at once.
+struct CsvBlockBits {
+    quint64 commas = 0, crs = 0, lfs = 0;
+    quint32 commasBefore = 0, crsBefore = 0;
+};
+
 class clsCSVFile : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool EOFCSV READ EOFCSV)
@@ -26,6 +34,9 @@ class clsCSVFile : public QObject {
 
 public:
     explicit clsCSVFile(QObject* parent = nullptr);
+    // For tests: reads of `bytes` at a time instead of the usual 64 KB, so that small files
+    // cross many read boundaries.
+    clsCSVFile(qsizetype readSize, QObject* parent);
     ~clsCSVFile() override;
 
     // Mode 0 opens the file for this reader alone, mode 1 shares it; the first record becomes
@@ -38,8 +49,18 @@ public:
     // Field `Index` of the current record as a string; -1 gives the array of all fields.
     Q_INVOKABLE korvex::Variant Fields(short Index) const;
 
-    bool EOFCSV() const;
-    int FieldsCount() const;
+    bool EOFCSV() const
+    {
+        if (!mHandleTaken)
+            RaiseClosed("EOF");
+        return mAtEnd;
+    }
+    int FieldsCount() const
+    {
+        if (!mHandleTaken)
+            RaiseClosed("Fields");
+        return mHighestFieldIndex + 1;
+    }
     QString FieldsValueList() const;
     // Counts the lines of the whole file the first time it is asked after a mode 0 open.
     int RecordCount();
@@ -51,7 +72,15 @@ public:
     // text without the Variant around it (raising as Fields does), valid until the reader
     // moves.
     int HighestFieldIndex() const { return mHighestFieldIndex; }
-    const QString& FieldText(short Index) const;
+    const QString& FieldText(short Index) const
+    {
+        if (!mHandleTaken || Index < 0 || Index > mHighestFieldIndex)
+            RaiseFieldText(Index);
+        const auto i = static_cast<std::size_t>(Index);
+        if (i < mSpanCount && mFieldRecord[i] == mRecord)
+            return mFields[i];
+        return MaterialisedField(Index);
+    }
 
 private:
     // Where a field lies in the current line; its text is made only when someone asks for it,
@@ -62,11 +91,16 @@ private:
     };
 
     void CheckOpen(const char* source) const;
+    [[noreturn]] static void RaiseClosed(const char* source);
+    [[noreturn]] void RaiseFieldText(short Index) const;
     void RequireFile(const char* source) const;
-    bool FillBuffer();
+    bool Refill();
+    void FindMarks();
     bool FileExhausted();
-    void ReadLine();
-    void ParseLine();
+    qsizetype FindLineEnd(qsizetype& from);
+    void ReadRecord();
+    void FinishRecord();
+    void FindSpans() const;
     QByteArrayView FieldBytes(const FieldSpan& span, QByteArray& scratch) const;
     const QString& MaterialisedField(int index) const;
     void ResetReadBuffer();
@@ -75,16 +109,50 @@ private:
     // The file "handle": set from the moment OpenCSV starts until CloseCSV, also when the open
     // itself failed.
     bool mHandleTaken = false;
+    bool mReadable = false;  // the file is open for reading
 
+    // The bytes read and not yet taken: mBufferPos is where the next line starts. The buffer
+    // keeps room behind its end so that the last block of 64 bytes can always be loaded whole,
+    // and grows when one line does not fit.
     QByteArray mBuffer;
+    qsizetype mReadSize;
+    bool mWide;  // the processor has the instructions for the wide search
     qsizetype mBufferPos = 0;
     qsizetype mBufferEnd = 0;
+    // The marks, one entry for each 64 bytes of the buffer. Blocks before mScannedTo are searched whole; mQuoteParity (all ones inside quotes) is the
+    // line's quote parity at mScannedTo.
+    std::vector<CsvBlockBits> mBlocks;
+    // The search through the buffer, in the plain way or with the wide instructions of the
+    // processor when it has them.
+    struct ScanState {
+        const char* data;
+        qsizetype end;
+        CsvBlockBits* blocks;
+        qsizetype scannedTo;
+        quint64 parity;
+    };
+    static void ScanBlocks(ScanState& scan);
+    static void ScanBlocksWide(ScanState& scan);
+    static quint64 InBlock(const ScanState& scan, qsizetype base);
+    template <bool Popcnt>
+    static bool StoreBlock(ScanState& scan, qsizetype base, quint64 inBlock, quint64 commas, quint64 crs, quint64 lfs,
+                           quint64 inside);
+    template <class Select, class Visit>
+    void ForEachBlock(qsizetype from, qsizetype to, Select select, Visit visit) const;
+    qsizetype mScannedTo = 0;
+    quint64 mQuoteParity = 0;
 
     // The current line without its CRs (a view of the read buffer or of mLineCopy), and the
     // fields found in it.
     QByteArrayView mLine;
     QByteArray mLineCopy;
-    std::vector<FieldSpan> mSpans;
+    // The number of fields of the line, and where they lie: found from the marks only when a
+    // field is asked for (or before the marks go with the next read).
+    std::size_t mSpanCount = 0;
+    mutable std::vector<FieldSpan> mSpans;
+    mutable bool mSpansFound = true;
+    qsizetype mLineStart = 0;  // the line's bytes in the buffer, CRs and all, while unfound
+    qsizetype mLineEnd = 0;
     bool mParsedWithDoubledApostrophes = false;
 
     // Texts of the current line's fields, each made from its span on first use: it is current

@@ -12,7 +12,7 @@ namespace {
 
 constexpr double kTwoTo63 = 9223372036854775808.0;
 
-FieldTypeInfo Integer(int bytes, double minimum, double maximum)
+constexpr FieldTypeInfo Integer(int bytes, double minimum, double maximum)
 {
     FieldTypeInfo info;
     info.storage = StorageKind::Integer;
@@ -22,7 +22,7 @@ FieldTypeInfo Integer(int bytes, double minimum, double maximum)
     return info;
 }
 
-FieldTypeInfo Fixed(StorageKind storage, int bytes)
+constexpr FieldTypeInfo Fixed(StorageKind storage, int bytes)
 {
     FieldTypeInfo info;
     info.storage = storage;
@@ -30,7 +30,7 @@ FieldTypeInfo Fixed(StorageKind storage, int bytes)
     return info;
 }
 
-FieldTypeInfo Text(bool wide, bool padded, bool sizeRequired)
+constexpr FieldTypeInfo Text(bool wide, bool padded, bool sizeRequired)
 {
     FieldTypeInfo info;
     info.wide = wide;
@@ -92,28 +92,30 @@ FieldInput ToText(const Variant& value, const FieldDef& field)
 
 }  // namespace
 
+// The descriptions are constants, made at compile time: this is asked for every value a field
+// stores or hands out.
 const FieldTypeInfo* FieldTypeInfoOf(int type) noexcept
 {
-    static const FieldTypeInfo smallInt = Integer(2, -32768, 32767);
-    static const FieldTypeInfo integer = Integer(4, -2147483648.0, 2147483647.0);
-    static const FieldTypeInfo tinyInt = Integer(1, -128, 127);
-    static const FieldTypeInfo unsignedTinyInt = Integer(1, 0, 255);
-    static const FieldTypeInfo unsignedSmallInt = Integer(2, 0, 65535);
-    static const FieldTypeInfo unsignedInt = Integer(4, 0, 4294967295.0);
-    static const FieldTypeInfo bigInt = Integer(8, -kTwoTo63, kTwoTo63 - 1024);
-    static const FieldTypeInfo unsignedBigInt = Integer(8, 0, kTwoTo63 - 1024);
-    static const FieldTypeInfo single = Fixed(StorageKind::Real, 4);
-    static const FieldTypeInfo dbl = Fixed(StorageKind::Real, 8);
-    static const FieldTypeInfo decimal = Fixed(StorageKind::Real, 19);
-    static const FieldTypeInfo currency = Fixed(StorageKind::Currency, 8);
-    static const FieldTypeInfo date = Fixed(StorageKind::Date, 8);
-    static const FieldTypeInfo boolean = Fixed(StorageKind::Boolean, 2);
-    static const FieldTypeInfo unlimitedWide = Text(true, false, false);
-    static const FieldTypeInfo unlimitedNarrow = Text(false, false, false);
-    static const FieldTypeInfo fixedNarrow = Text(false, true, true);
-    static const FieldTypeInfo fixedWide = Text(true, true, true);
-    static const FieldTypeInfo variableNarrow = Text(false, false, true);
-    static const FieldTypeInfo variableWide = Text(true, false, true);
+    static constexpr FieldTypeInfo smallInt = Integer(2, -32768, 32767);
+    static constexpr FieldTypeInfo integer = Integer(4, -2147483648.0, 2147483647.0);
+    static constexpr FieldTypeInfo tinyInt = Integer(1, -128, 127);
+    static constexpr FieldTypeInfo unsignedTinyInt = Integer(1, 0, 255);
+    static constexpr FieldTypeInfo unsignedSmallInt = Integer(2, 0, 65535);
+    static constexpr FieldTypeInfo unsignedInt = Integer(4, 0, 4294967295.0);
+    static constexpr FieldTypeInfo bigInt = Integer(8, -kTwoTo63, kTwoTo63 - 1024);
+    static constexpr FieldTypeInfo unsignedBigInt = Integer(8, 0, kTwoTo63 - 1024);
+    static constexpr FieldTypeInfo single = Fixed(StorageKind::Real, 4);
+    static constexpr FieldTypeInfo dbl = Fixed(StorageKind::Real, 8);
+    static constexpr FieldTypeInfo decimal = Fixed(StorageKind::Real, 19);
+    static constexpr FieldTypeInfo currency = Fixed(StorageKind::Currency, 8);
+    static constexpr FieldTypeInfo date = Fixed(StorageKind::Date, 8);
+    static constexpr FieldTypeInfo boolean = Fixed(StorageKind::Boolean, 2);
+    static constexpr FieldTypeInfo unlimitedWide = Text(true, false, false);
+    static constexpr FieldTypeInfo unlimitedNarrow = Text(false, false, false);
+    static constexpr FieldTypeInfo fixedNarrow = Text(false, true, true);
+    static constexpr FieldTypeInfo fixedWide = Text(true, true, true);
+    static constexpr FieldTypeInfo variableNarrow = Text(false, false, true);
+    static constexpr FieldTypeInfo variableWide = Text(true, false, true);
     switch (type) {
     case adSmallInt: return &smallInt;
     case adInteger: return &integer;

@@ -1,8 +1,8 @@
 // Grid: the grid control the list controls and host forms sit on, a QTableView over a
 // RecordsetModel that reads its DataSource recordset in place, so a million rows bind and
 // scroll as ten do (uniform row heights; nothing measures every row). The view itself holds
-// only a window of a few pages of rows; the grid's own scroll bar covers them all. Its members follow the
-// grid numbering hosts know: row 0 is the header row when FixedRows is 1, so record r + 1 stands
+// only a window of a few pages of rows; the grid's own scroll bar covers them all. Its members
+// follow the grid numbering hosts know: row 0 is the header row when FixedRows is 1, so record r + 1 stands
 // in row r; column indexes are display positions (moving a column renumbers the others) and
 // keys name columns (a bound column's key is its field name).
 //
@@ -18,11 +18,11 @@
 
 #include <QPointer>
 
-class QScrollBar;
-
 #include <map>
 #include <memory>
 #include <vector>
+
+class QScrollBar;
 
 namespace korvex {
 

@@ -22,24 +22,7 @@ namespace {
 
 using ado::adFilterNone;
 
-struct ShownGrid {
-    ShownGrid()
-    {
-        form.resize(500, 300);
-        grid = new Grid(form.Client());
-        grid->setGeometry(0, 0, 480, 260);
-        form.show();
-        QApplication::processEvents();
-    }
-    QTableView* View() const { return static_cast<QTableView*>(grid->View()); }
-    // The centre of a cell in the view's viewport.
-    QPoint CellCentre(int modelRow, int logical) const
-    {
-        return View()->visualRect(grid->Model()->index(modelRow, logical)).center();
-    }
-    Form form;
-    Grid* grid;
-};
+using test::ShownGrid;
 
 Variant Int(int v)
 {

@@ -1,12 +1,16 @@
-// Shared by the grid tests: a customer recordset, a watch on QAbstractItemModelTester's
-// complaints (it reports through Qt logging, which GoogleTest does not see), and reading the
-// text of a column through the grid.
+// Shared by the grid tests: a customer recordset, a grid on a shown form, and a watch on
+// QAbstractItemModelTester's complaints (it reports through Qt logging, which GoogleTest does
+// not see).
 #pragma once
 
+#include "korvex/platform/grid/Grid.h"
+#include "korvex/platform/host/Form.h"
 #include "tests/platform/ado/RecordsetBuilder.h"
 
+#include <QApplication>
 #include <QLoggingCategory>
 #include <QStringList>
+#include <QTableView>
 
 #include <memory>
 
@@ -23,6 +27,26 @@ inline std::shared_ptr<ado::Recordset> Customers(int lockType = ado::adLockBatch
                                      {"C05", "Evans", "Hull"}},
                                     lockType);
 }
+
+// A grid filling most of a shown form, the size the tests lay their cells out for.
+struct ShownGrid {
+    ShownGrid()
+    {
+        form.resize(500, 300);
+        grid = new Grid(form.Client());
+        grid->setGeometry(0, 0, 480, 260);
+        form.show();
+        QApplication::processEvents();
+    }
+    QTableView* View() const { return static_cast<QTableView*>(grid->View()); }
+    // The centre of a cell in the view's viewport.
+    QPoint CellCentre(int modelRow, int logical) const
+    {
+        return View()->visualRect(grid->Model()->index(modelRow, logical)).center();
+    }
+    Form form;
+    Grid* grid;
+};
 
 // Collects what the model tester says while it lives.
 class ModelTesterComplaints {

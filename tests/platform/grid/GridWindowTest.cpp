@@ -41,16 +41,7 @@ std::shared_ptr<Recordset> ManyRows(int rows = Many)
     return rs;
 }
 
-struct ShownGrid {
-    ShownGrid()
-    {
-        form.resize(500, 300);
-        grid = new Grid(form.Client());
-        grid->setGeometry(0, 0, 480, 260);
-        form.show();
-        QApplication::processEvents();
-    }
-    QTableView* View() const { return static_cast<QTableView*>(grid->View()); }
+struct ShownGrid : korvex::test::ShownGrid {
     QScrollBar* RowBar() const { return grid->findChild<QScrollBar*>(QString(), Qt::FindDirectChildrenOnly); }
     void Key(int key, Qt::KeyboardModifiers modifiers = {}) const { QTest::keyClick(View(), Qt::Key(key), modifiers); }
     // The text painted in the first data row shown whole.
@@ -74,8 +65,6 @@ struct ShownGrid {
         return cell.isValid() && shown.data().toString() == grid->TextMatrix(grid->Row(), 0) &&
                View()->selectionModel()->isRowSelected(shown.row());
     }
-    Form form;
-    Grid* grid;
 };
 
 TEST(GridWindow, HoldsAFewPagesOfRowsWhateverTheirNumber)

@@ -26,6 +26,7 @@
 #include "korvex/runtime/Twips.h"
 #include "korvex/runtime/Windows1252.h"
 
+#include <QAbstractScrollArea>
 #include <QApplication>
 #include <QFrame>
 #include <QScopedValueRollback>
@@ -74,7 +75,6 @@ ZqDropdown::ZqDropdown(QWidget* parent)
     // Grid row r is record r + 1 of the display copy: no header row, no frame of its own.
     mGrid->SetFixedRows(0);
     mGrid->SetFixedCols(0);
-    mGrid->SetExtendLastCol(true);
     if (auto* view = qobject_cast<QFrame*>(mGrid->View()))
         view->setFrameShape(QFrame::NoFrame);
     mGrid->View()->installEventFilter(this);
@@ -507,9 +507,10 @@ int ZqDropdown::MsgBoxFromDropDown(const QString& Prompt, int Buttons, const QSt
 
 // Every shown column gets the width of its widest text among about twenty rows spread over the
 // list, never all of them: a million rows cost what twenty do.
-void ZqDropdown::MeasureColumns(int& firstVisible, int& total)
+void ZqDropdown::MeasureColumns(int& firstVisible, int& lastVisible, int& total)
 {
     firstVisible = -1;
+    lastVisible = -1;
     total = 0;
     const int rows = mGrid->Rows();
     const int step = (rows - 1) / MeasuredRows + 1;
@@ -519,12 +520,12 @@ void ZqDropdown::MeasureColumns(int& firstVisible, int& total)
             continue;
         if (firstVisible < 0)
             firstVisible = col;
+        lastVisible = col;
         int widest = 0;
         for (int row = mGrid->FixedRows(); row < rows; row += step)
             widest = std::max(widest, metrics.horizontalAdvance(NullToString(mGrid->Cell(gcsTextDisplay, row, col))));
-        const int pixels = widest + CellPadding;
-        mGrid->SetColWidth(col, PixelsToTwipsX(pixels));
-        total += pixels;
+        mGrid->SetColWidth(col, PixelsToTwipsX(widest + CellPadding));
+        total += TwipsToPixelsX(mGrid->ColWidth(col));  // what the view gave it: it has a least width
     }
 }
 
@@ -570,9 +571,11 @@ void ZqDropdown::SizeAndPlace()
     }
 
     int firstVisible = -1;
+    int lastVisible = -1;
     int total = 0;
-    MeasureColumns(firstVisible, total);
-    int width = total + 2 * borderX + (rows > mVisibleRows ? SystemInfo::SystemMetric(SM_CXVSCROLL) : 0);
+    MeasureColumns(firstVisible, lastVisible, total);
+    const int scrollBar = rows > mVisibleRows ? SystemInfo::SystemMetric(SM_CXVSCROLL) : 0;
+    int width = total + 2 * borderX + scrollBar;
     if (width < r.width() + 6)
         width = r.width();
 
@@ -600,6 +603,14 @@ void ZqDropdown::SizeAndPlace()
         width = roomLeft;
         left = rRight - width;
     }
+    // The last column takes what the control's width adds to the columns' own.
+    const int spare = width - 2 * borderX - scrollBar - total;
+    if (spare > 0 && lastVisible >= 0)
+        mGrid->SetColWidth(lastVisible, mGrid->ColWidth(lastVisible) + PixelsToTwipsX(spare));
+    // A list cut short by the screen scrolls sideways; one that fits never shows the bar, which
+    // would take a row's height and bring the vertical bar with it.
+    if (auto* view = qobject_cast<QAbstractScrollArea*>(mGrid->View()))
+        view->setHorizontalScrollBarPolicy(spare < 0 ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff);
     mFrame->setGeometry(left, top, width, height);
     LayOutDropDown(width - 2 * borderX, height - 2 * borderY);
 }
@@ -696,14 +707,14 @@ bool ZqDropdown::KeyboardHook(QWidget*, QKeyEvent* event)
         return true;
     case Qt::Key_Tab:
     case Qt::Key_Backtab: {
+        const bool ours = FocusIsOurs();
         if (UserMayChange())
             Model().SelectFromDisplay(ddcrChangedByUser);
         DropdownHide();
         // The key would reach the list it was meant for, hidden now: the focus moves on from
         // the combo instead.
-        const bool forward = event->key() == Qt::Key_Tab && !(event->modifiers() & Qt::ShiftModifier);
-        if (hasFocus())
-            focusNextPrevChild(forward);
+        if (ours)
+            focusNextPrevChild(event->key() == Qt::Key_Tab && !(event->modifiers() & Qt::ShiftModifier));
         return true;
     }
     default: return false;

@@ -141,7 +141,7 @@ private:
 
     void SizeAndPlace();
     void LayOutDropDown(int width, int height);
-    void MeasureColumns(int& firstVisible, int& total);
+    void MeasureColumns(int& firstVisible, int& lastVisible, int& total);
     void InstallHooks();
     void RemoveHooks();
     bool MouseHook(QWidget* target, QMouseEvent* event);

@@ -422,6 +422,37 @@ TEST_F(ZqDropdownTest, ColumnsAreMeasuredOnTwentyRowsSpreadOverTheList)
     combo->SetRowSource(Numbered(1000, 950));
     Open();
     EXPECT_GT(DropDown().width(), plain + 100) << "a row that is read does";
+    // No text read is cut short: the text, the view's margins and its grid line fit the column.
+    const QFontMetricsF metrics(View()->font());
+    for (int row : {0, 950}) {
+        for (int col = 0; col < 2; ++col) {
+            const QString text = combo->fgDropdown()->TextMatrix(row, col);
+            EXPECT_GE(View()->columnWidth(col), metrics.horizontalAdvance(text) + 7) << text.toStdString();
+        }
+    }
+}
+
+TEST_F(ZqDropdownTest, KeysTypedBeforeTheFocusReachesTheListAreNotLost)
+{
+    combo->SetRowSource(Customers());
+    combo->SetAllowFilter(true);
+    Show();
+    QTest::keyClick(combo, Qt::Key_Down);
+    QTest::keyClicks(combo, QStringLiteral("br"));  // at once, before the list's window is active
+    EXPECT_TRUE(combo->IsDropdownOpen());
+    EXPECT_EQ(combo->zqtxtFilter()->Text(), "br");
+    EXPECT_EQ(combo->ListCount(), 1) << "Brown";
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    EXPECT_FALSE(combo->IsDropdownOpen());
+    EXPECT_EQ(CStr(combo->BoundValue()), "C04");
+
+    // A press on the list before the focus arrives is a press in the drop-down.
+    combo->setFocus();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return combo->hasFocus(); }, 2000));
+    combo->DropdownShow();
+    QTest::mouseClick(View()->viewport(), Qt::LeftButton, {}, RowCentre(1));
+    EXPECT_FALSE(combo->IsDropdownOpen());
+    EXPECT_EQ(CStr(combo->BoundValue()), "C02");
 }
 
 // --- Hooks, keys and the mouse ---------------------------------------------------------------

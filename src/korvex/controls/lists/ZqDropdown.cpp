@@ -40,8 +40,9 @@ KORVEX_REGISTER_CONTROL(ZqDropdown);
 
 namespace {
 
-// Pixels a measured cell text gets around it, as the grid's own fitting leaves them.
-constexpr int CellPadding = 7;
+// Pixels a measured cell text gets around it: the view's text margins and grid line, and room
+// for the fraction of a pixel by which laid-out text may exceed its whole-pixel advance.
+constexpr int CellPadding = 10;
 // Pixels between the closed part's edge and its text.
 constexpr int TextIndent = 2;
 // Rows read to size each column: about this many, spread evenly, however long the list.
@@ -661,13 +662,21 @@ QWidget* ZqDropdown::TopOf(QWidget* widget) const
     return mHeader->Owns(widget) ? mFrame : widget->window();
 }
 
+// Activating the drop-down's window takes a moment: until the focus arrives in the list it is
+// still on the combo, and counts as inside.
+QWidget* ZqDropdown::FocusTop() const
+{
+    QWidget* focus = QApplication::focusWidget();
+    return mOpen && focus == this ? mFrame : TopOf(focus);
+}
+
 // With the focus in the drop-down, a press in it goes on and any other press closes it and is
 // used up; with the focus in another window, a press there closes it and goes on.
 bool ZqDropdown::MouseHook(QWidget* target, QMouseEvent* event)
 {
     if (!mOpen)
         return false;
-    QWidget* focusTop = TopOf(QApplication::focusWidget());
+    QWidget* focusTop = FocusTop();
     if (focusTop != mFrame) {
         DropdownHide();
         return false;
@@ -681,18 +690,17 @@ bool ZqDropdown::MouseHook(QWidget* target, QMouseEvent* event)
     return true;
 }
 
-bool ZqDropdown::KeyboardHook(QWidget*, QKeyEvent* event)
+bool ZqDropdown::KeyboardHook(QWidget* target, QKeyEvent* event)
 {
     if (!mOpen)
         return false;
     QWidget* focus = QApplication::focusWidget();
-    if (focus && TopOf(focus) != mFrame) {
+    if (focus && FocusTop() != mFrame) {
         DropdownHide();
         return false;
     }
-    if (event->isAutoRepeat())
-        return false;
-    switch (event->key()) {
+    // Only a fresh key-down closes: a held key repeats as it would unhooked.
+    switch (event->isAutoRepeat() ? 0 : event->key()) {
     case Qt::Key_Escape:
     case Qt::Key_Return:
     case Qt::Key_Enter:
@@ -717,8 +725,17 @@ bool ZqDropdown::KeyboardHook(QWidget*, QKeyEvent* event)
             focusNextPrevChild(event->key() == Qt::Key_Tab && !(event->modifiers() & Qt::ShiftModifier));
         return true;
     }
-    default: return false;
+    default:
+        break;
     }
+    // A key that came before the focus: the list gets it, as it would a moment later.
+    if (target == this && focus == this) {
+        QKeyEvent forwarded(event->type(), event->key(), event->modifiers(), event->text(), event->isAutoRepeat(),
+                            static_cast<ushort>(event->count()));
+        QCoreApplication::sendEvent(mGrid->View(), &forwarded);
+        return true;
+    }
+    return false;
 }
 
 // --- The list --------------------------------------------------------------------------------

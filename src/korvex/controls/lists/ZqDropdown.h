@@ -148,6 +148,7 @@ private:
     bool KeyboardHook(QWidget* target, QKeyEvent* event);
     // The top-level window a widget is in; the header's menu counts as the drop-down's.
     QWidget* TopOf(QWidget* widget) const;
+    QWidget* FocusTop() const;
     bool FocusIsOurs() const;
 
     bool ListKey(QKeyEvent* event);

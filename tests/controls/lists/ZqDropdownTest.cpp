@@ -565,6 +565,46 @@ TEST_F(ZqDropdownTest, EnterPicksEscapeKeepsTabPicksAndMovesOn)
     EXPECT_TRUE(combo->IsDropdownOpen()) << "Escape took the menu down only";
 }
 
+// Also run in a real X server (see CMakeLists.txt): the same steps with real window activation.
+TEST_F(ZqDropdownTest, AJourneyByKeyboardAndAClickOutside)
+{
+    combo->SetRowSource(Customers());
+    combo->SetAllowFilter(true);
+    Show();
+    QSignalSpy pressed(beneath, &QPushButton::pressed);
+    QTest::keyClick(combo, Qt::Key_Down);
+    ASSERT_TRUE(combo->IsDropdownOpen());
+    ASSERT_TRUE(combo->zqfraDropdown()->isWindow());
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(combo->zqfraDropdown()));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return QApplication::focusWidget() == View(); }, 3000)) << "the list has the focus";
+    const QRect r = ComboRect();
+    EXPECT_EQ(DropDown().topLeft(), QPoint(r.left(), r.bottom() + 1)) << "under the control, on the screen";
+
+    QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("b"));
+    EXPECT_EQ(combo->zqtxtFilter()->Text(), "b");
+    EXPECT_EQ(combo->ListCount(), 2);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Down);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    EXPECT_FALSE(combo->IsDropdownOpen());
+    EXPECT_EQ(CStr(combo->BoundValue()), "C04") << "Brown, the second of Baker and Brown";
+    EXPECT_EQ(events, (QStringList{"Click 2", "Changed 2 Null C04"}));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return combo->hasFocus(); }, 3000));
+    EXPECT_FALSE(combo->zqfraDropdown()->isVisible());
+
+    // Through the window system, as a user's click comes: it closes and goes no further.
+    QTest::keyClick(combo, Qt::Key_Down);
+    ASSERT_TRUE(combo->IsDropdownOpen());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return QApplication::focusWidget() == View(); }, 3000));
+    const QPoint onBeneath = beneath->mapTo(form.get(), beneath->rect().center());
+    QTest::mouseClick(form->windowHandle(), Qt::LeftButton, {}, onBeneath);
+    EXPECT_FALSE(combo->IsDropdownOpen());
+    EXPECT_EQ(pressed.count(), 0) << "the widget beneath never saw the press";
+    EXPECT_EQ(CStr(combo->BoundValue()), "C04");
+    QTest::qWait(20);
+    QTest::mouseClick(form->windowHandle(), Qt::LeftButton, {}, onBeneath);
+    EXPECT_EQ(pressed.count(), 1) << "a click once closed reaches it";
+}
+
 TEST_F(ZqDropdownTest, EveryWayOfSelectingRaisesClickThenChanged)
 {
     combo->SetRowSource(Customers());

@@ -58,7 +58,7 @@ bool HasWideCharacters(const QString& text)
 ZqDropdown::ZqDropdown(QWidget* parent)
     : ListControl(parent), mFrame(new ZqFrame(this)), mHeader(new ZqDropdown_Header(mFrame->ContainerWidget())),
       mFilterBox(new ZqText(mFrame->ContainerWidget())), mGrid(new Grid(mFrame->ContainerWidget())),
-      mButton(new ZqSimpleButton(this)), mFont(this, [this] { ApplyFont(); })
+      mButton(new ZqSimpleButton(this))
 {
     mFrame->SetName(QStringLiteral("zqfraDropdown"));
     mHeader->SetName(QStringLiteral("ZqDDHeader"));
@@ -176,53 +176,31 @@ void ZqDropdown::SetFilterMode(int mode)
     Assign("FilterMode", mFilterMode, mode);
 }
 
-void ZqDropdown::SetDataField(const QString& field)
-{
-    Assign("DataField", mDataField, field);
-}
-
 void ZqDropdown::SetEnabled(bool enabled)
 {
-    Assign("Enabled", mEnabled, enabled, [this] {
-        if (!mEnabled && mOpen)
-            DropdownHide();
-        update();
-    });
-    mButton->SetEnabled(enabled);
     ListControl::SetEnabled(enabled);
+    mButton->SetEnabled(enabled);
 }
 
-void ZqDropdown::SetReadOnly(bool readOnly)
+void ZqDropdown::EnabledChanged()
 {
-    mReadOnly = readOnly;
+    if (!Enabled() && mOpen)
+        DropdownHide();
+    update();
+}
+
+void ZqDropdown::ReadOnlyChanged()
+{
     ShowFilterBox();
     Resize();
     update();
-    PropertyChanged("ReadOnly");
-}
-
-void ZqDropdown::SetMaxItemsToDisplay(int count)
-{
-    Assign("MaxItemsToDisplay", mMaxItemsToDisplay, count);
-}
-
-void ZqDropdown::SetFont(QObject* font)
-{
-    mFont.Set(font, QStringLiteral("ZqDropdown.Font"));
-    PropertyChanged("Font");
-}
-
-void ZqDropdown::LoadFont(const Variant& font)
-{
-    mFont.Load(font, QStringLiteral("ZqDropdown.Font"));
-    PropertyChanged("Font");
 }
 
 void ZqDropdown::ApplyFont()
 {
-    const QFont font = mFont.ToQFont();
+    const QFont font = SurfaceQFont();
     setFont(font);
-    if (StdFont* f = mFont.Get()) {
+    if (StdFont* f = Font()) {
         mHeader->SetFont(f);
         mFrame->SetFont(f);
     }
@@ -323,7 +301,7 @@ void ZqDropdown::Paint(QPainter& painter)
     const bool highlighted = hasFocus() && !mOpen;
     painter.fillRect(rect(), ToQColor(vbWindowBackground));
     painter.fillRect(area, ToQColor(highlighted ? vbHighlight : vbWindowBackground));
-    painter.setPen(ToQColor(highlighted ? vbHighlightText : mEnabled ? vbWindowText : vbGrayText));
+    painter.setPen(ToQColor(highlighted ? vbHighlightText : Enabled() ? vbWindowText : vbGrayText));
     const int first = FirstVisibleColumn();
     if (!BoundValue().IsNull() && first >= 0) {
         const int firstWidth = TwipsToPixelsX(mGrid->ColWidth(first));
@@ -448,7 +426,7 @@ void ZqDropdown::SelectRowByStep(int step)
 
 void ZqDropdown::DropdownShow()
 {
-    if (!mEnabled || mButtonStyle == ddbsButtonNotVisible)
+    if (!Enabled() || mButtonStyle == ddbsButtonNotVisible)
         return;
     if (!mOpen) {
         mOpen = true;
@@ -544,7 +522,7 @@ void ZqDropdown::SizeAndPlace()
     const int borderX = SystemInfo::SystemMetric(SM_CXBORDER);
 
     const int rows = ListCount();
-    const int maxItems = std::max(1, mMaxItemsToDisplay);
+    const int maxItems = std::max(1, MaxItemsToDisplay());
     int rowHeight = 0;
     int height = 0;
     if (rows > 0) {

@@ -48,6 +48,19 @@ bool AllDigits(const QString& text)
     return !text.isEmpty() && std::all_of(text.begin(), text.end(), [](QChar c) { return c >= u'0' && c <= u'9'; });
 }
 
+// Redraw off for a scope, back to what it was however the scope ends.
+class RedrawOff {
+public:
+    explicit RedrawOff(Grid& grid) : mGrid(grid), mWas(grid.Redraw()) { mGrid.SetRedraw(false); }
+    ~RedrawOff() { mGrid.SetRedraw(mWas); }
+    RedrawOff(const RedrawOff&) = delete;
+    RedrawOff& operator=(const RedrawOff&) = delete;
+
+private:
+    Grid& mGrid;
+    bool mWas;
+};
+
 bool IsNoFilter(const Variant& filter)
 {
     return (filter.IsNumber() && CLng(filter) == ado::adFilterNone) || (filter.IsString() && filter.As<QString>()->isEmpty());
@@ -574,13 +587,15 @@ void ListModel::BindGrid()
         return;
     mDisplay = CloneRecordset(*mStore);
     if (!mSelectableText.isEmpty())
-        mDisplay->SetFilter(mSelectableText);
+        mDisplay->SetFilter(DisplayBaseFilter());
     mGrid.SetDataSource(mDisplay);
     mFirstVisibleStale = true;
     SetGridFromValue(Null, 0);
     MoveToNothing(*mDisplay);
     if (!mColumnList.isEmpty())
         ApplyColumnList(mColumnList, false);
+    if (mBound)
+        mBound();
 }
 
 // --- List position, filter and sort ----------------------------------------------------------
@@ -620,12 +635,11 @@ void ListModel::SetFilter(const Variant& filter)
 {
     const Hourglass hourglass;
     const Variant remembered = BoundValue();
-    if (mStore) {
+    if (mStore)
         mStore->SetFilter(filter);
-        if (mDisplay)
-            mDisplay->SetFilter(filter);
-    }
     mFilterText = IsNoFilter(filter) ? QString() : CStr(filter);
+    if (mDisplay)
+        mDisplay->SetFilter(mSelectableText.isEmpty() ? filter : Variant(DisplayBaseFilter()));
     if (!mStore)
         return;
     Reselect(remembered);
@@ -667,11 +681,27 @@ void ListModel::SetSort(const QString& sort)
 void ListModel::SetSelectableItemsFilter(const Variant& filter)
 {
     const Hourglass hourglass;
+    const QString before = mSelectableText;
+    mSelectableText = IsNoFilter(filter) ? QString() : CStr(filter);
     if (mDisplay) {
-        mDisplay->SetFilter(filter);
+        try {
+            const QString base = DisplayBaseFilter();
+            mDisplay->SetFilter(base.isEmpty() ? Variant(std::int32_t{ado::adFilterNone}) : Variant(base));
+        } catch (const Error&) {
+            mSelectableText = before;  // a filter the recordset refuses changes nothing
+            throw;
+        }
         BringDisplayInStep();
     }
-    mSelectableText = IsNoFilter(filter) ? QString() : CStr(filter);
+}
+
+QString ListModel::DisplayBaseFilter() const
+{
+    if (mSelectableText.isEmpty())
+        return mFilterText;
+    if (mFilterText.isEmpty())
+        return mSelectableText;
+    return QLatin1Char('(') + mFilterText + QLatin1String(") AND (") + mSelectableText + QLatin1Char(')');
 }
 
 QString ListModel::DisplayFilterText() const
@@ -683,11 +713,9 @@ bool ListModel::ReplaceDisplayFilter(const QString& filter)
 {
     if (!mDisplay || filter == DisplayFilterText())
         return false;
-    const bool redraw = mGrid.Redraw();
-    mGrid.SetRedraw(false);
+    const RedrawOff quiet(mGrid);
     mDisplay->SetFilter(filter.isEmpty() ? Variant(std::int32_t{ado::adFilterNone}) : Variant(filter));
     HighlightAfterReorder();
-    mGrid.SetRedraw(redraw);
     return true;
 }
 
@@ -695,11 +723,9 @@ bool ListModel::ReplaceDisplaySort(const QString& sort)
 {
     if (!mDisplay || sort == mDisplay->Sort())
         return false;
-    const bool redraw = mGrid.Redraw();
-    mGrid.SetRedraw(false);
+    const RedrawOff quiet(mGrid);
     mDisplay->SetSort(sort);
     BringDisplayInStep();
-    mGrid.SetRedraw(redraw);
     return true;
 }
 

@@ -48,6 +48,8 @@ public:
 
     void OnSelectedByValue(SelectedByValue handler) { mSelectedByValue = std::move(handler); }
     void OnSelectedFromDisplay(SelectedFromDisplay handler) { mSelectedFromDisplay = std::move(handler); }
+    // After the grid was bound to a new display copy.
+    void OnBound(std::function<void()> handler) { mBound = std::move(handler); }
 
     ZqDropdownRowSourceModes Mode() const noexcept { return mMode; }
     const std::shared_ptr<ado::Recordset>& ItemStore() const noexcept { return mStore; }
@@ -105,9 +107,13 @@ public:
     QString Sort() const;
     void SetSort(const QString& sort);
     // A filter of the display copy alone: the list offers only these rows, while the selection
-    // (the item store) may still be any row. Kept as text and given to every new display copy.
+    // (the item store) may still be any row. Kept as text and given to every new display copy,
+    // within the item store's own filter (a row the store filters out cannot be selected).
     const QString& SelectableItemsFilter() const noexcept { return mSelectableText; }
     void SetSelectableItemsFilter(const Variant& filter);
+    // The display copy's filter without any typed search: the store's filter and the
+    // selectable-items filter together; empty for none.
+    QString DisplayBaseFilter() const;
     // The display copy's filter and sort, changed in place: the grid follows its recordset, so
     // its columns stay as they are. The display is brought in step with the selection; after a
     // filter, with no row of it current, the first row is highlighted (the selection stays).
@@ -152,6 +158,7 @@ private:
     Grid& mGrid;
     SelectedByValue mSelectedByValue;
     SelectedFromDisplay mSelectedFromDisplay;
+    std::function<void()> mBound;
 
     ZqDropdownRowSourceModes mMode = ddrsUnknown;
     std::shared_ptr<ado::Recordset> mStore;

@@ -26,10 +26,11 @@
 #include "korvex/runtime/Twips.h"
 #include "korvex/runtime/Windows1252.h"
 
+#include <QAbstractItemView>
 #include <QAbstractScrollArea>
 #include <QApplication>
 #include <QFrame>
-#include <QScopedValueRollback>
+#include <QPointer>
 
 #include <algorithm>
 #include <utility>
@@ -47,6 +48,14 @@ constexpr int CellPadding = 10;
 constexpr int TextIndent = 2;
 // Rows read to size each column: about this many, spread evenly, however long the list.
 constexpr int MeasuredRows = 20;
+
+// A field name as filter and sort texts take it: in brackets unless it is a plain name.
+QString FieldTerm(const QString& key)
+{
+    const bool plain = !key.isEmpty() && !key.front().isDigit() &&
+                       std::all_of(key.begin(), key.end(), [](QChar c) { return c.isLetterOrNumber() || c == u'_'; });
+    return plain ? key : QLatin1Char('[') + key + QLatin1Char(']');
+}
 
 bool HasWideCharacters(const QString& text)
 {
@@ -84,6 +93,11 @@ ZqDropdown::ZqDropdown(QWidget* parent)
         SelectedByValue(reason, oldValue, newValue);
     });
     Model().OnSelectedFromDisplay([this](int reason, const Variant& oldValue) { SelectedFromDisplay(reason, oldValue); });
+    // A new display copy has the store's order, not the one the header chose.
+    Model().OnBound([this] {
+        mHeader->SetSortedColIndex(-1);
+        mCursorColumn = -1;
+    });
     connect(mGrid, qOverload<>(&Control::Click), this, GuardedSlot(this, [this] { ListClicked(); }));
     connect(mFilterBox, &ZqText::Change, this, GuardedSlot(this, [this] { ApplyTypedFilter(); }));
     connect(mHeader, &ZqDropdown_Header::ColumnChosen, this, GuardedSlot(this, [this](short index) { HeaderChosen(index); }));
@@ -112,6 +126,7 @@ ZqDropdown::ZqDropdown(QWidget* parent)
 ZqDropdown::~ZqDropdown()
 {
     RemoveHooks();
+    mFrame->hide();
 }
 
 const PropertyList& ZqDropdown::PersistedProperties() const
@@ -228,6 +243,7 @@ void ZqDropdown::SetColumnCaptions(const QString& captions)
 void ZqDropdown::SetColumnCaptionsLGS(const QString& ids)
 {
     ListControl::SetColumnCaptionsLGS(ids);
+    // Read from a form file after ColumnCaptions: an empty list of identifiers leaves those.
     if (ids.isEmpty())
         return;
     QStringList captions;
@@ -430,12 +446,18 @@ void ZqDropdown::DropdownShow()
         return;
     if (!mOpen) {
         mOpen = true;
-        SizeAndPlace();
-        SetWindowLong(mFrame, GWL_EXSTYLE, GetWindowLong(mFrame, GWL_EXSTYLE) | WS_EX_TOOLWINDOW);
-        mFrame->show();
-        mFrame->raise();
-        // In step once the list has its size, so that the selected row scrolls into its view.
-        Model().BringDisplayInStep();
+        try {
+            SizeAndPlace();
+            SetWindowLong(mFrame, GWL_EXSTYLE, GetWindowLong(mFrame, GWL_EXSTYLE) | WS_EX_TOOLWINDOW);
+            mFrame->show();
+            mFrame->raise();
+            // In step once the list has its size, so that the selected row scrolls into its view.
+            Model().BringDisplayInStep();
+        } catch (...) {
+            mOpen = false;  // not half open: no window, no hooks
+            mFrame->hide();
+            throw;
+        }
         mFrame->activateWindow();
         mGrid->View()->setFocus(Qt::OtherFocusReason);
         InstallHooks();
@@ -469,16 +491,19 @@ bool ZqDropdown::FocusIsOurs() const
 
 int ZqDropdown::MsgBoxFromDropDown(const QString& Prompt, int Buttons, const QString& Title)
 {
-    RemoveHooks();
+    ThreadHooks::Remove();
+    const QPointer<ZqDropdown> alive(this);
     QString prompt = Prompt;
     int result = 0;
     try {
         result = LibMsgBox(prompt, Buttons, Title);
     } catch (...) {
-        InstallHooks();
+        if (alive)
+            InstallHooks();
         throw;
     }
-    InstallHooks();
+    if (alive)  // the box's own event loop may have closed the form
+        InstallHooks();
     return result;
 }
 
@@ -571,6 +596,7 @@ void ZqDropdown::SizeAndPlace()
         top = r.y() - height;
     }
     int left = 0;
+    bool cutByScreen = false;
     if (width <= roomRight) {
         left = r.x();
     } else if (width <= roomLeft) {
@@ -578,18 +604,20 @@ void ZqDropdown::SizeAndPlace()
     } else if (roomRight > roomLeft) {
         left = r.x();
         width = roomRight;
+        cutByScreen = true;
     } else {
         width = roomLeft;
         left = rRight - width;
+        cutByScreen = true;
     }
-    // The last column takes what the control's width adds to the columns' own.
+    // The last column takes up the difference to the drop-down's width (the control's width
+    // when that was used), unless the screen cut the list short: that list scrolls sideways.
+    // One that fits never shows the sideways bar, which would cover its last row.
     const int spare = width - 2 * borderX - scrollBar - total;
-    if (spare > 0 && lastVisible >= 0)
-        mGrid->SetColWidth(lastVisible, mGrid->ColWidth(lastVisible) + PixelsToTwipsX(spare));
-    // A list cut short by the screen scrolls sideways; one that fits never shows the bar, which
-    // would take a row's height and bring the vertical bar with it.
+    if (!cutByScreen && spare != 0 && lastVisible >= 0)
+        mGrid->SetColWidth(lastVisible, std::max(0, mGrid->ColWidth(lastVisible) + PixelsToTwipsX(spare)));
     if (auto* view = qobject_cast<QAbstractScrollArea*>(mGrid->View()))
-        view->setHorizontalScrollBarPolicy(spare < 0 ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff);
+        view->setHorizontalScrollBarPolicy(cutByScreen ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff);
     mFrame->setGeometry(left, top, width, height);
     LayOutDropDown(width - 2 * borderX, height - 2 * borderY);
 }
@@ -624,7 +652,14 @@ void ZqDropdown::InstallHooks()
 {
     ThreadHooks::Install(
         this, [this](QWidget* target, QMouseEvent* event) { return MouseHook(target, event); },
-        [this](QWidget* target, QKeyEvent* event) { return KeyboardHook(target, event); });
+        [this](QWidget* target, QKeyEvent* event) { return KeyboardHook(target, event); },
+        // A window's shortcut for these keys must not take them from the drop-down.
+        [this](QKeyEvent* event) {
+            const int key = event->key();
+            return mOpen && FocusTop() == mFrame &&
+                   (key == Qt::Key_Escape || key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Tab ||
+                    key == Qt::Key_Backtab);
+        });
 }
 
 void ZqDropdown::RemoveHooks()
@@ -641,18 +676,19 @@ QWidget* ZqDropdown::TopOf(QWidget* widget) const
 }
 
 // Activating the drop-down's window takes a moment: until the focus arrives in the list it is
-// still on the combo, and counts as inside.
+// still on the combo, and counts as inside. No focus at all counts as inside too.
 QWidget* ZqDropdown::FocusTop() const
 {
     QWidget* focus = QApplication::focusWidget();
-    return mOpen && focus == this ? mFrame : TopOf(focus);
+    return !focus || (mOpen && focus == this) ? mFrame : TopOf(focus);
 }
 
 // With the focus in the drop-down, a press in it goes on and any other press closes it and is
 // used up; with the focus in another window, a press there closes it and goes on.
 bool ZqDropdown::MouseHook(QWidget* target, QMouseEvent* event)
 {
-    if (!mOpen)
+    // The first press of a double click decided already; the second is no new press.
+    if (!mOpen || event->type() == QEvent::MouseButtonDblClick)
         return false;
     QWidget* focusTop = FocusTop();
     if (focusTop != mFrame) {
@@ -673,7 +709,7 @@ bool ZqDropdown::KeyboardHook(QWidget* target, QKeyEvent* event)
     if (!mOpen)
         return false;
     QWidget* focus = QApplication::focusWidget();
-    if (focus && FocusTop() != mFrame) {
+    if (FocusTop() != mFrame) {
         DropdownHide();
         return false;
     }
@@ -685,17 +721,30 @@ bool ZqDropdown::KeyboardHook(QWidget* target, QKeyEvent* event)
         if (mHeader->MenuVisible()) {
             mHeader->SetMenuVisible(false);
         } else if (!mClosing) {
-            const QScopedValueRollback closing(mClosing, true);
-            if (event->key() != Qt::Key_Escape && UserMayChange())
-                Model().SelectFromDisplay(ddcrChangedByUser);
-            DropdownHide();
+            const QPointer<ZqDropdown> alive(this);
+            mClosing = true;
+            try {
+                if (event->key() != Qt::Key_Escape && UserMayChange())
+                    Model().SelectFromDisplay(ddcrChangedByUser);
+                if (alive)  // a handler of the events may have closed the form
+                    DropdownHide();
+            } catch (...) {
+                if (alive)
+                    mClosing = false;
+                throw;
+            }
+            if (alive)
+                mClosing = false;
         }
         return true;
     case Qt::Key_Tab:
     case Qt::Key_Backtab: {
         const bool ours = FocusIsOurs();
+        const QPointer<ZqDropdown> alive(this);
         if (UserMayChange())
             Model().SelectFromDisplay(ddcrChangedByUser);
+        if (!alive)
+            return true;
         DropdownHide();
         // The key would reach the list it was meant for, hidden now: the focus moves on from
         // the combo instead.
@@ -722,16 +771,25 @@ bool ZqDropdown::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched == mGrid->View() && event->type() == QEvent::KeyPress)
         return Guarded(this, [&] { return ListKey(static_cast<QKeyEvent*>(event)); }, false);
+    // The view makes its first row current when it takes the focus without a current row; with
+    // nothing selected nothing is highlighted, so that Enter or Tab picks nothing.
+    if (watched == mGrid->View() && event->type() == QEvent::FocusIn && mGrid->Row() < 0) {
+        if (auto* view = qobject_cast<QAbstractItemView*>(mGrid->View()))
+            view->setCurrentIndex(QModelIndex());
+    }
     return ListControl::eventFilter(watched, event);
 }
 
 bool ZqDropdown::ListKey(QKeyEvent* event)
 {
     const int key = event->key();
-    if ((event->modifiers() & Qt::AltModifier) && (key == Qt::Key_Up || key == Qt::Key_Down)) {
+    const auto modifiers = event->modifiers() & (Qt::ShiftModifier | Qt::ControlModifier | Qt::AltModifier);
+    if (modifiers == Qt::AltModifier && (key == Qt::Key_Up || key == Qt::Key_Down)) {
+        const QPointer<ZqDropdown> alive(this);
         if (UserMayChange())
             Model().SelectFromDisplay(ddcrChangedByUser);
-        DropdownHide();
+        if (alive)
+            DropdownHide();
         return true;
     }
     if ((key == Qt::Key_Backspace || key == Qt::Key_Delete) && AllowNullSelection() && mFilterBox->Text().isEmpty()) {
@@ -755,8 +813,10 @@ void ZqDropdown::ListClicked()
 {
     if (!UserMayChange())
         return;
+    const QPointer<ZqDropdown> alive(this);
     Model().SelectFromDisplay(ddcrChangedByUser);
-    DropdownHide();
+    if (alive)
+        DropdownHide();
 }
 
 // Characters of the Windows code page go through the box's own typing; others are appended.
@@ -796,7 +856,7 @@ std::optional<QString> ZqDropdown::TypedFilter(const QString& typed, int mode, c
     if (bare.isEmpty())
         return std::nullopt;
     const auto term = [&](const QString& key, const QString& t) {
-        QString made = key + QLatin1String(" Like ") +
+        QString made = FieldTerm(key) + QLatin1String(" Like ") +
                        (mode == ddfmEndsWith ? QLatin1String("'%") + t + QLatin1Char('\'') : QLatin1Char('\'') + t + QLatin1String("%'"));
         if (!filter.isEmpty())
             made = QLatin1Char('(') + filter + QLatin1String(" AND ") + made + QLatin1Char(')');
@@ -817,7 +877,9 @@ void ZqDropdown::ApplyTypedFilter()
     if (!Model().ItemStore() || !display)
         return;
     const QString typed = mFilterBox->Text();
-    QString filter = Model().FilterText();
+    // Without typed text the list offers what it offered before: the store's filter and the
+    // selectable items.
+    QString filter = Model().DisplayBaseFilter();
     if (!typed.isEmpty()) {
         const QStringList keys = ShownKeys();
         // An index on each searched field answers the Like terms without a scan.
@@ -827,7 +889,7 @@ void ZqDropdown::ApplyTypedFilter()
                 display->SetFieldOptimized(field, true);
         }
         const auto& translation = clsCharTranslation::Current();
-        const auto made = TypedFilter(typed, mFilterMode, keys, Model().FilterText(), [&](const QString& text) {
+        const auto made = TypedFilter(typed, mFilterMode, keys, Model().DisplayBaseFilter(), [&](const QString& text) {
             return translation ? translation->CharTranslateStr(text, true) : text;
         });
         if (!made)
@@ -841,12 +903,12 @@ QString ZqDropdown::HeaderSort(const QStringList& keys, int index)
 {
     if (index < 0 || index >= keys.size())
         return {};
-    QString sort = keys[index];
+    QString sort = FieldTerm(keys[index]);
     int more = 0;
     for (int i = 0; i < keys.size() && more < 2; ++i) {
         if (i == index)
             continue;
-        sort += QLatin1String(", ") + keys[i];
+        sort += QLatin1String(", ") + FieldTerm(keys[i]);
         ++more;
     }
     return sort;

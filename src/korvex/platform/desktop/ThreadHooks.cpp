@@ -10,21 +10,23 @@
 namespace korvex {
 namespace {
 
-// Eats the release of one button, then goes: the second half of a press a hook consumed.
+// Eats the release of one button at the widget it goes to, then goes: the second half of a press
+// a hook consumed. The window sees the release, so that Qt ends the press it began; a new press
+// of the button means the release was never coming, and the eater goes without eating.
 class ReleaseEater : public QObject {
 public:
     explicit ReleaseEater(Qt::MouseButton button) : mButton(button) {}
 
-    bool eventFilter(QObject*, QEvent* event) override
+    bool eventFilter(QObject* watched, QEvent* event) override
     {
-        if (event->type() != QEvent::MouseButtonRelease || static_cast<QMouseEvent*>(event)->button() != mButton)
+        const bool press = event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick;
+        const bool release = event->type() == QEvent::MouseButtonRelease && watched->isWidgetType();
+        if ((!press && !release) || static_cast<QMouseEvent*>(event)->button() != mButton || mDone)
             return false;
-        if (!mDone) {
-            mDone = true;
-            QCoreApplication::instance()->removeEventFilter(this);
-            deleteLater();
-        }
-        return true;
+        mDone = true;
+        QCoreApplication::instance()->removeEventFilter(this);
+        deleteLater();
+        return release;
     }
 
 private:
@@ -42,6 +44,7 @@ public:
     QPointer<QObject> owner;
     ThreadHooks::MouseProc mouse;
     ThreadHooks::KeyboardProc keyboard;
+    ThreadHooks::ClaimProc claim;
 
     bool eventFilter(QObject* watched, QEvent* event) override
     {
@@ -62,9 +65,14 @@ public:
                 mLastEvent = event;
                 mLastTarget = widget;
                 if (mouse && mouse(widget, static_cast<QMouseEvent*>(event))) {
-                    EatReleaseOf(static_cast<QMouseEvent*>(event)->button());
+                    if (event->type() != QEvent::NonClientAreaMouseButtonPress)
+                        EatReleaseOf(static_cast<QMouseEvent*>(event)->button());
                     return true;
                 }
+                return false;
+            case QEvent::ShortcutOverride:
+                if (claim && claim(static_cast<QKeyEvent*>(event)))
+                    event->accept();
                 return false;
             case QEvent::KeyPress:
                 mLastEvent = event;
@@ -89,13 +97,14 @@ HookFilter*& Filter()
 
 }  // namespace
 
-void ThreadHooks::Install(QObject* owner, MouseProc mouse, KeyboardProc keyboard)
+void ThreadHooks::Install(QObject* owner, MouseProc mouse, KeyboardProc keyboard, ClaimProc claim)
 {
     Remove();
     auto* filter = new HookFilter;
     filter->owner = owner;
     filter->mouse = std::move(mouse);
     filter->keyboard = std::move(keyboard);
+    filter->claim = std::move(claim);
     QCoreApplication::instance()->installEventFilter(filter);
     Filter() = filter;
 }

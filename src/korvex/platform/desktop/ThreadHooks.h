@@ -15,13 +15,17 @@ namespace korvex {
 
 class ThreadHooks {
 public:
-    // Return true to consume the event (the widget then never sees it). A consumed press takes
-    // its release with it, whoever owns the hooks by then, so that no click reaches the widget.
+    // Return true to consume the event (the widget then never sees it). A consumed press in the
+    // client area takes its release with it, whoever owns the hooks by then, so that no click
+    // reaches the widget.
     using MouseProc = std::function<bool(QWidget* target, QMouseEvent* event)>;
     using KeyboardProc = std::function<bool(QWidget* target, QKeyEvent* event)>;
+    // Return true for a key the keyboard hook must see as a key press even where the window has
+    // a shortcut for it (Qt would otherwise run the shortcut and send no key press).
+    using ClaimProc = std::function<bool(QKeyEvent* event)>;
 
     // Removes any installed hooks, then installs these for `owner`.
-    static void Install(QObject* owner, MouseProc mouse, KeyboardProc keyboard);
+    static void Install(QObject* owner, MouseProc mouse, KeyboardProc keyboard, ClaimProc claim = {});
     // Removes the hooks whoever owns them.
     static void Remove();
     // The current owner, nullptr when no hooks are installed (or the owner is gone).

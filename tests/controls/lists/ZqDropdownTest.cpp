@@ -36,6 +36,7 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <QSignalSpy>
+#include <QStyle>
 #include <QTableView>
 #include <QTest>
 
@@ -816,7 +817,10 @@ TEST_F(ZqDropdownTest, TheClosedPartShowsTwoSegmentsAndTheFocus)
     ASSERT_TRUE(QTest::qWaitFor([&] { return combo->hasFocus(); }, 2000));
     const int firstWidth = TwipsToPixelsX(combo->fgDropdown()->ColWidth(0));
     const QRect area = combo->TextArea();
-    EXPECT_EQ(area.width(), combo->width() - combo->zqsbDrop()->width());
+    const int frame = combo->style()->pixelMetric(QStyle::PM_DefaultFrameWidth, nullptr, combo);
+    ASSERT_GT(frame, 0);
+    EXPECT_EQ(area.width(), combo->width() - 2 * frame - combo->zqsbDrop()->width());
+    EXPECT_EQ(area.left(), frame);
     const QColor highlight = ToQColor(vbHighlight);
     const QColor window = ToQColor(vbWindowBackground);
     const auto inked = [](const QImage& image, const QRect& box, const QColor& background) {
@@ -839,15 +843,18 @@ TEST_F(ZqDropdownTest, TheClosedPartShowsTwoSegmentsAndTheFocus)
     QImage plain = combo->grab().toImage();
     EXPECT_EQ(plain.pixelColor(area.center().x(), area.bottom() - 3), window);
     EXPECT_EQ(plain.pixelColor(area.left(), area.top() + 2), window) << "no focus rectangle";
+    EXPECT_NE(plain.pixelColor(0, combo->height() / 2), window) << "a text box's frame around it";
 
     // Too narrow for the second segment: only the first is drawn.
-    combo->resize(firstWidth + combo->zqsbDrop()->width(), 22);
+    combo->resize(firstWidth + 2 * frame + combo->zqsbDrop()->width(), 22);
     QApplication::processEvents();
+    const QRect small = combo->TextArea();
+    const QRect text(small.left() + 3, small.top() + 2, firstWidth - 6, small.height() - 4);
     const QImage narrow = combo->grab().toImage();
-    EXPECT_TRUE(inked(narrow, QRect(2, 4, firstWidth - 6, combo->height() - 8), window));
+    EXPECT_TRUE(inked(narrow, text, window));
     combo->SetBoundValue(Variant());
     const QImage empty = combo->grab().toImage();
-    EXPECT_FALSE(inked(empty, QRect(2, 4, firstWidth - 6, combo->height() - 8), window)) << "nothing selected, nothing shown";
+    EXPECT_FALSE(inked(empty, text, window)) << "nothing selected, nothing shown";
 }
 
 // --- Binding ---------------------------------------------------------------------------------

@@ -31,6 +31,8 @@
 #include <QApplication>
 #include <QFrame>
 #include <QPointer>
+#include <QStyle>
+#include <QStyleOptionFrame>
 
 #include <algorithm>
 #include <utility>
@@ -285,23 +287,32 @@ QStringList ZqDropdown::ShownKeys(QList<int>* cols) const
 
 // --- The closed part -------------------------------------------------------------------------
 
+// The closed part wears the frame of the form's text boxes, so that it reads as an input field.
+int ZqDropdown::FrameWidth() const
+{
+    return style()->pixelMetric(QStyle::PM_DefaultFrameWidth, nullptr, this);
+}
+
 QRect ZqDropdown::TextArea() const
 {
-    QRect area = rect();
+    const int frame = FrameWidth();
+    QRect area = rect().adjusted(frame, frame, -frame, -frame);
     if (mButtonStyle == ddbsButtonRightAligned)
         area.setRight(mButton->x() - 1);
     else if (mButtonStyle == ddbsButtonLeftAligned)
-        area.setLeft(mButton->width());
+        area.setLeft(mButton->x() + mButton->width());
     return area;
 }
 
 void ZqDropdown::Resize()
 {
-    const int buttonWidth = std::min(width(), SystemInfo::SystemMetric(SM_CXVSCROLL) + 2);
+    const int frame = FrameWidth();
+    const QRect inner = rect().adjusted(frame, frame, -frame, -frame);
+    const int buttonWidth = std::max(0, std::min(inner.width(), SystemInfo::SystemMetric(SM_CXVSCROLL) + 2));
     if (mButtonStyle == ddbsButtonLeftAligned)
-        mButton->setGeometry(0, 0, buttonWidth, height());
+        mButton->setGeometry(inner.left(), inner.top(), buttonWidth, inner.height());
     else
-        mButton->setGeometry(width() - buttonWidth, 0, buttonWidth, height());
+        mButton->setGeometry(inner.right() + 1 - buttonWidth, inner.top(), buttonWidth, inner.height());
 }
 
 QString ZqDropdown::SegmentText(int col) const
@@ -315,7 +326,14 @@ void ZqDropdown::Paint(QPainter& painter)
 {
     const QRect area = TextArea();
     const bool highlighted = hasFocus() && !mOpen;
-    painter.fillRect(rect(), ToQColor(vbWindowBackground));
+    QStyleOptionFrame frame;
+    frame.initFrom(this);
+    frame.rect = rect();
+    frame.lineWidth = FrameWidth();
+    frame.midLineWidth = 0;
+    frame.state |= QStyle::State_Sunken;
+    frame.palette.setColor(QPalette::Base, ToQColor(vbWindowBackground));
+    style()->drawPrimitive(QStyle::PE_PanelLineEdit, &frame, &painter, this);
     painter.fillRect(area, ToQColor(highlighted ? vbHighlight : vbWindowBackground));
     painter.setPen(ToQColor(highlighted ? vbHighlightText : Enabled() ? vbWindowText : vbGrayText));
     const int first = FirstVisibleColumn();
@@ -342,12 +360,12 @@ void ZqDropdown::Paint(QPainter& painter)
 
 QSize ZqDropdown::sizeHint() const
 {
-    return {140, fontMetrics().height() + 8};
+    return {140, fontMetrics().height() + 2 * FrameWidth() + 6};
 }
 
 QSize ZqDropdown::minimumSizeHint() const
 {
-    return {SystemInfo::SystemMetric(SM_CXVSCROLL) + 16, fontMetrics().height() + 4};
+    return {SystemInfo::SystemMetric(SM_CXVSCROLL) + 2 * FrameWidth() + 16, fontMetrics().height() + 2 * FrameWidth() + 2};
 }
 
 void ZqDropdown::focusInEvent(QFocusEvent* event)

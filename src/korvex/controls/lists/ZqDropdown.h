@@ -86,7 +86,7 @@ public:
 
     // Rows the drop-down shows at once, as last sized.
     int VisibleRows() const noexcept { return mVisibleRows; }
-    // The closed part less the button, in pixels.
+    // The closed part inside its frame, less the button, in pixels.
     QRect TextArea() const;
 
     Grid* fgDropdown() const noexcept { return mGrid; }
@@ -145,6 +145,7 @@ private:
     void SelectedFromDisplay(int reason, const Variant& oldValue);
     // The text of a column of the selection, formatted by its ColFormat.
     QString SegmentText(int col) const;
+    int FrameWidth() const;
 
     ZqFrame* mFrame;
     ZqDropdown_Header* mHeader;

@@ -1,6 +1,7 @@
 // ListControl: what both list controls show of the shared model, under the names hosts call by
-// (RowSource, Columns, ColKey, BoundValue, ListIndex, Filter, ...). A list control builds its grid,
-// hands it to UseGrid and adds its own properties, layout and events.
+// (RowSource, Columns, ColKey, BoundValue, ListIndex, Filter, ...), and the grid notices both
+// answer alike. A list control builds its grid, hands it to UseGrid and adds its own properties,
+// layout and events.
 #pragma once
 
 #include "korvex/controls/lists/ListModel.h"
@@ -26,6 +27,7 @@ class ListControl : public UserControl {
     Q_PROPERTY(int ListIndex READ ListIndex WRITE SetListIndex)
     Q_PROPERTY(korvex::Variant Filter READ Filter WRITE SetFilter)
     Q_PROPERTY(QString Sort READ Sort WRITE SetSort)
+    Q_PROPERTY(QString Text READ Text)
 
 public:
     explicit ListControl(QWidget* parent = nullptr);
@@ -78,15 +80,35 @@ public:
     virtual void SetFilter(const Variant& filter) { mModel->SetFilter(filter); }
     QString Sort() const { return mModel->Sort(); }
     virtual void SetSort(const QString& sort) { mModel->SetSort(sort); }
+    // At run time the selection's text in the first shown column (empty when nothing is
+    // selected); at design time the control's display name.
+    QString Text() const;
 
 protected:
-    // Called once by the control's constructor with the grid that shows the rows.
+    // Called once by the control's constructor with the grid that shows the rows. The grid's
+    // notices are answered from then on: the mouse moves the highlight and the user's row
+    // changes go through only while UserMayChange, the current cell stays in CursorColumn, and
+    // cell texts are translated and formatted.
     void UseGrid(Grid& grid);
+    virtual bool UserMayChange() const { return true; }
+    virtual int CursorColumn() const { return FirstVisibleColumn(); }
     // The free-mode list string as the form file keeps it (empty in the other modes).
     QString PersistedRowSource() const { return mModel->FreeListString(); }
 
 private:
+    void GridMouseMove(short button, short shift, float x, float y);
+    void GridAfterRowColChange(int newRow, int newCol);
+    void GridCellText(int col, QString& text) const;
+
     std::unique_ptr<ListModel> mModel;
+    Grid* mGrid = nullptr;
+    struct MouseState {
+        short button = 0;
+        short shift = 0;
+        float x = 0;
+        float y = 0;
+        bool operator==(const MouseState&) const = default;
+    } mLastMouse;
 };
 
 }  // namespace korvex

@@ -573,6 +573,8 @@ void ListModel::BindGrid()
     if (!mStore)
         return;
     mDisplay = CloneRecordset(*mStore);
+    if (!mSelectableText.isEmpty())
+        mDisplay->SetFilter(mSelectableText);
     mGrid.SetDataSource(mDisplay);
     mFirstVisibleStale = true;
     SetGridFromValue(Null, 0);
@@ -660,6 +662,52 @@ void ListModel::SetSort(const QString& sort)
         mDisplay->SetSort(sort);
     Reselect(remembered);
     mFirstVisibleStale = true;
+}
+
+void ListModel::SetSelectableItemsFilter(const Variant& filter)
+{
+    const Hourglass hourglass;
+    if (mDisplay) {
+        mDisplay->SetFilter(filter);
+        BringDisplayInStep();
+    }
+    mSelectableText = IsNoFilter(filter) ? QString() : CStr(filter);
+}
+
+QString ListModel::DisplayFilterText() const
+{
+    return !mDisplay || IsNoFilter(mDisplay->Filter()) ? QString() : CStr(mDisplay->Filter());
+}
+
+bool ListModel::ReplaceDisplayFilter(const QString& filter)
+{
+    if (!mDisplay || filter == DisplayFilterText())
+        return false;
+    const bool redraw = mGrid.Redraw();
+    mGrid.SetRedraw(false);
+    mDisplay->SetFilter(filter.isEmpty() ? Variant(std::int32_t{ado::adFilterNone}) : Variant(filter));
+    HighlightAfterReorder();
+    mGrid.SetRedraw(redraw);
+    return true;
+}
+
+bool ListModel::ReplaceDisplaySort(const QString& sort)
+{
+    if (!mDisplay || sort == mDisplay->Sort())
+        return false;
+    const bool redraw = mGrid.Redraw();
+    mGrid.SetRedraw(false);
+    mDisplay->SetSort(sort);
+    BringDisplayInStep();
+    mGrid.SetRedraw(redraw);
+    return true;
+}
+
+void ListModel::HighlightAfterReorder()
+{
+    BringDisplayInStep();
+    if (mGrid.Row() < 0 && ListCount() > 0)
+        mGrid.SetRow(mGrid.FixedRows());
 }
 
 }  // namespace korvex

@@ -104,6 +104,18 @@ public:
     const QString& FilterText() const noexcept { return mFilterText; }
     QString Sort() const;
     void SetSort(const QString& sort);
+    // A filter of the display copy alone: the list offers only these rows, while the selection
+    // (the item store) may still be any row. Kept as text and given to every new display copy.
+    const QString& SelectableItemsFilter() const noexcept { return mSelectableText; }
+    void SetSelectableItemsFilter(const Variant& filter);
+    // The display copy's filter and sort, changed in place: the grid follows its recordset, so
+    // its columns stay as they are. The display is brought in step with the selection; after a
+    // filter, with no row of it current, the first row is highlighted (the selection stays).
+    // False when the display copy had that filter (sort) already, compared case-sensitively.
+    bool ReplaceDisplayFilter(const QString& filter);
+    bool ReplaceDisplaySort(const QString& sort);
+    // The display copy's filter as text, empty for none.
+    QString DisplayFilterText() const;
 
     // The algorithms the controls call.
     void SetGridFromValue(const Variant& value, int reason);
@@ -133,6 +145,8 @@ private:
     void AttachToForm();
     // Makes the store answer equality searches on the field from its index.
     void IndexField(const QString& field);
+    // After the display copy's rows started over.
+    void HighlightAfterReorder();
 
     UserControl& mControl;
     Grid& mGrid;
@@ -154,6 +168,7 @@ private:
     mutable int mFirstVisible = -1;
     mutable bool mFirstVisibleStale = true;
     QString mFilterText;
+    QString mSelectableText;
     bool mAttached = false;
 };
 

@@ -9,11 +9,8 @@
 #include "korvex/platform/grid/Grid.h"
 #include "korvex/platform/host/ControlRegistry.h"
 #include "korvex/runtime/EntryGuard.h"
-#include "korvex/runtime/Format.h"
 #include "korvex/runtime/Twips.h"
 
-
-#include <QTimer>
 
 #include <algorithm>
 #include <limits>
@@ -48,19 +45,7 @@ ZqDropdownList::ZqDropdownList(QWidget* parent)
         if (reason != 0)
             emit Click(static_cast<ZqDDListClickReasons>(reason));
     });
-    connect(mGrid, &Control::MouseMove, this, [this](short& button, short& shift, float& x, float& y) {
-        Guarded(this, [&] { GridMouseMove(button, shift, x, y); });
-    });
     connect(mGrid, qOverload<>(&Control::Click), this, GuardedSlot(this, [this] { GridClick(); }));
-    connect(mGrid, &Grid::BeforeRowColChange, this, [this](int, int, int, int, bool& cancel) {
-        Guarded(this, [&] { GridBeforeRowColChange(cancel); });
-    });
-    connect(mGrid, &Grid::AfterRowColChange, this, GuardedSlot(this, [this](int, int, int newRow, int newCol) {
-                GridAfterRowColChange(newRow, newCol);
-            }));
-    connect(mGrid, &Grid::CellDisplayText, this, [this](int, int col, QString& text) {
-        Guarded(this, [&] { GridCellText(col, text); });
-    });
     setFocusPolicy(Qt::StrongFocus);
     LoadDeclaredDefaults();
 }
@@ -147,15 +132,6 @@ void ZqDropdownList::ApplyFont()
     if (StdFont* f = mFont.Get())
         mFrame->SetFont(f);
     mGrid->setFont(font);
-}
-
-QString ZqDropdownList::Text() const
-{
-    if (!UserMode())
-        return Ambient()->DisplayName();
-    if (BoundValue().IsNull())
-        return {};
-    return NullToString(ColValue(QString::number(FirstVisibleColumn())));
 }
 
 // --- Layout ----------------------------------------------------------------------------------
@@ -278,52 +254,10 @@ void ZqDropdownList::ApplyGridSettings()
 
 // --- Mouse and grid notices ------------------------------------------------------------------
 
-void ZqDropdownList::GridMouseMove(short button, short shift, float x, float y)
-{
-    if (!UserMayChange())
-        return;
-    const MouseState now{button, shift, x, y};
-    if (now == mLastMouse)
-        return;
-    mLastMouse = now;
-    const int row = mGrid->MouseRow();
-    if (row >= mGrid->FixedRows() && mGrid->Rows() > mGrid->FixedRows() && row != mGrid->Row())
-        mGrid->SetRow(row);
-}
-
 void ZqDropdownList::GridClick()
 {
     if (UserMayChange())
         Model().SelectFromDisplay(ddlcrChangedByUser_Mouse);
-}
-
-void ZqDropdownList::GridBeforeRowColChange(bool& cancel)
-{
-    if (!UserMayChange())
-        cancel = true;
-}
-
-// The current cell stays in the first shown column: a move to another column of a row takes the
-// row and puts the cell back in that column, once the view has finished with the mouse (moving the
-// cell while the view handles the press costs the click its release).
-void ZqDropdownList::GridAfterRowColChange(int newRow, int newCol)
-{
-    const int first = FirstVisibleColumn();
-    if (newRow >= mGrid->FixedRows() && first >= 0 && newCol != first) {
-        QTimer::singleShot(0, this, GuardedSlot(this, [this] {
-            const int col = FirstVisibleColumn();
-            if (col >= 0 && mGrid->Row() >= mGrid->FixedRows() && mGrid->Col() != col)
-                mGrid->SetCol(col);
-        }));
-    }
-}
-
-void ZqDropdownList::GridCellText(int col, QString& text) const
-{
-    text = Model().TranslateText(text);
-    const QString format = Model().FormatOfColumn(col);
-    if (!format.isEmpty())
-        text = Format(Variant(text), format);
 }
 
 // --- Keyboard --------------------------------------------------------------------------------

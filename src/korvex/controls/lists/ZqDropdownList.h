@@ -31,7 +31,6 @@ class ZqDropdownList : public ListControl {
     Q_PROPERTY(bool ReadOnly READ ReadOnly WRITE SetReadOnly)
     Q_PROPERTY(int MaxItemsToDisplay READ MaxItemsToDisplay WRITE SetMaxItemsToDisplay)
     Q_PROPERTY(QObject* Font READ FontObject WRITE SetFont)
-    Q_PROPERTY(QString Text READ Text)
 
 public:
     explicit ZqDropdownList(QWidget* parent = nullptr);
@@ -52,7 +51,6 @@ public:
     StdFont* Font() const { return mFont.Get(); }
     QObject* FontObject() const { return mFont.Get(); }
     void SetFont(QObject* font);
-    QString Text() const;
 
     // The first row whose text in a keyed, shown column begins with the string; it becomes the
     // selection without Click. False, and no row current, when none does.
@@ -87,12 +85,8 @@ private:
     void ApplyFont();
     void Float();
     void ReturnToForm();
-    void GridMouseMove(short button, short shift, float x, float y);
     void GridClick();
-    void GridBeforeRowColChange(bool& cancel);
-    void GridAfterRowColChange(int newRow, int newCol);
-    void GridCellText(int col, QString& text) const;
-    bool UserMayChange() const { return mEnabled && !mReadOnly; }
+    bool UserMayChange() const override { return mEnabled && !mReadOnly; }
 
     ZqFrame* mFrame;
     Grid* mGrid;
@@ -105,13 +99,6 @@ private:
     int mMaxItemsToDisplay{};
     bool mHasFocus = false;
     short mLastKeyDown = 0;
-    struct MouseState {
-        short button = 0;
-        short shift = 0;
-        float x = 0;
-        float y = 0;
-        bool operator==(const MouseState&) const = default;
-    } mLastMouse;
     bool mFloating = false;
     int mFormLeft = 0;
     int mFormTop = 0;

@@ -150,6 +150,11 @@ void SystemInfo::PinSwappedButtons(bool swapped)
     ThePins().swapped = swapped;
 }
 
+void SystemInfo::PinWorkArea(const QRect& area)
+{
+    ThePins().workArea = area;
+}
+
 void SystemInfo::ClearPins()
 {
     ThePins() = Pins{};

@@ -48,6 +48,7 @@ public:
     static void PinDotsPerInch(double x, double y);
     static void PinSysColor(int index, OleColor rgb);
     static void PinSwappedButtons(bool swapped);
+    static void PinWorkArea(const QRect& area);
     static void ClearPins();
 };
 

@@ -10,6 +10,33 @@
 namespace korvex {
 namespace {
 
+// Eats the release of one button, then goes: the second half of a press a hook consumed.
+class ReleaseEater : public QObject {
+public:
+    explicit ReleaseEater(Qt::MouseButton button) : mButton(button) {}
+
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        if (event->type() != QEvent::MouseButtonRelease || static_cast<QMouseEvent*>(event)->button() != mButton)
+            return false;
+        if (!mDone) {
+            mDone = true;
+            QCoreApplication::instance()->removeEventFilter(this);
+            deleteLater();
+        }
+        return true;
+    }
+
+private:
+    Qt::MouseButton mButton;
+    bool mDone = false;
+};
+
+void EatReleaseOf(Qt::MouseButton button)
+{
+    QCoreApplication::instance()->installEventFilter(new ReleaseEater(button));
+}
+
 class HookFilter : public QObject {
 public:
     QPointer<QObject> owner;
@@ -34,7 +61,11 @@ public:
             case QEvent::NonClientAreaMouseButtonPress:
                 mLastEvent = event;
                 mLastTarget = widget;
-                return mouse && mouse(widget, static_cast<QMouseEvent*>(event));
+                if (mouse && mouse(widget, static_cast<QMouseEvent*>(event))) {
+                    EatReleaseOf(static_cast<QMouseEvent*>(event)->button());
+                    return true;
+                }
+                return false;
             case QEvent::KeyPress:
                 mLastEvent = event;
                 mLastTarget = widget;

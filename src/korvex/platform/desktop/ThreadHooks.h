@@ -15,7 +15,8 @@ namespace korvex {
 
 class ThreadHooks {
 public:
-    // Return true to consume the event (the widget then never sees it).
+    // Return true to consume the event (the widget then never sees it). A consumed press takes
+    // its release with it, whoever owns the hooks by then, so that no click reaches the widget.
     using MouseProc = std::function<bool(QWidget* target, QMouseEvent* event)>;
     using KeyboardProc = std::function<bool(QWidget* target, QKeyEvent* event)>;
 

@@ -11,7 +11,7 @@
 
 namespace korvex {
 
-ListControl::ListControl(QWidget* parent) : UserControl(parent) {}
+ListControl::ListControl(QWidget* parent) : UserControl(parent), mFont(this, [this] { ApplyFont(); }) {}
 
 ListControl::~ListControl() = default;
 
@@ -43,6 +43,39 @@ QString ListControl::Text() const
     if (BoundValue().IsNull())
         return {};
     return NullToString(ColValue(QString::number(FirstVisibleColumn())));
+}
+
+void ListControl::SetDataField(const QString& field)
+{
+    Assign("DataField", mDataField, field);
+}
+
+void ListControl::SetEnabled(bool enabled)
+{
+    Assign("Enabled", mEnabled, enabled, [this] { EnabledChanged(); });
+    UserControl::SetEnabled(enabled);
+}
+
+void ListControl::SetReadOnly(bool readOnly)
+{
+    Assign("ReadOnly", mReadOnly, readOnly, [this] { ReadOnlyChanged(); });
+}
+
+void ListControl::SetMaxItemsToDisplay(int count)
+{
+    Assign("MaxItemsToDisplay", mMaxItemsToDisplay, count);
+}
+
+void ListControl::SetFont(QObject* font)
+{
+    mFont.Set(font, TypeName() + QStringLiteral(".Font"));
+    PropertyChanged("Font");
+}
+
+void ListControl::LoadFont(const Variant& font)
+{
+    mFont.Load(font, TypeName() + QStringLiteral(".Font"));
+    PropertyChanged("Font");
 }
 
 // The mouse moves the highlight, not the selection; repeated notices at one place are not moves.

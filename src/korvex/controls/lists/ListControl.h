@@ -4,6 +4,7 @@
 // layout and events.
 #pragma once
 
+#include "korvex/controls/display/SurfaceFont.h"
 #include "korvex/controls/lists/ListModel.h"
 #include "korvex/platform/host/UserControl.h"
 
@@ -28,6 +29,11 @@ class ListControl : public UserControl {
     Q_PROPERTY(korvex::Variant Filter READ Filter WRITE SetFilter)
     Q_PROPERTY(QString Sort READ Sort WRITE SetSort)
     Q_PROPERTY(QString Text READ Text)
+    Q_PROPERTY(QString DataField READ DataField WRITE SetDataField)
+    Q_PROPERTY(bool Enabled READ Enabled WRITE SetEnabled)
+    Q_PROPERTY(bool ReadOnly READ ReadOnly WRITE SetReadOnly)
+    Q_PROPERTY(int MaxItemsToDisplay READ MaxItemsToDisplay WRITE SetMaxItemsToDisplay)
+    Q_PROPERTY(QObject* Font READ FontObject WRITE SetFont)
 
 public:
     explicit ListControl(QWidget* parent = nullptr);
@@ -84,16 +90,42 @@ public:
     // selected); at design time the control's display name.
     QString Text() const;
 
+    // The settings both controls keep alike. Enabled also enables the control itself; the font
+    // is the control's, handed to its inner controls by ApplyFont.
+    const QString& DataField() const noexcept { return mDataField; }
+    void SetDataField(const QString& field);
+    bool Enabled() const override { return mEnabled; }
+    void SetEnabled(bool enabled) override;
+    bool ReadOnly() const noexcept { return mReadOnly; }
+    void SetReadOnly(bool readOnly);
+    int MaxItemsToDisplay() const noexcept { return mMaxItemsToDisplay; }
+    void SetMaxItemsToDisplay(int count);
+    StdFont* Font() const { return mFont.Get(); }
+    QObject* FontObject() const { return mFont.Get(); }
+    void SetFont(QObject* font);
+
 protected:
     // Called once by the control's constructor with the grid that shows the rows. The grid's
     // notices are answered from then on: the mouse moves the highlight and the user's row
     // changes go through only while UserMayChange, the current cell stays in CursorColumn, and
     // cell texts are translated and formatted.
     void UseGrid(Grid& grid);
-    virtual bool UserMayChange() const { return true; }
+    bool UserMayChange() const { return mEnabled && !mReadOnly; }
     virtual int CursorColumn() const { return FirstVisibleColumn(); }
     // The free-mode list string as the form file keeps it (empty in the other modes).
     QString PersistedRowSource() const { return mModel->FreeListString(); }
+    // The font as the form file keeps it, and its loader.
+    Variant FontValue() const { return Variant(FontObject()); }
+    void LoadFont(const Variant& font);
+    QFont SurfaceQFont() const { return mFont.ToQFont(); }
+    // What a control does beyond storing these settings.
+    virtual void ApplyFont() {}
+    virtual void EnabledChanged() {}
+    virtual void ReadOnlyChanged() {}
+
+    // Stored as they stand while a form loads.
+    QString mDataField;
+    int mMaxItemsToDisplay{};
 
 private:
     void GridMouseMove(short button, short shift, float x, float y);
@@ -102,6 +134,9 @@ private:
 
     std::unique_ptr<ListModel> mModel;
     Grid* mGrid = nullptr;
+    SurfaceFont mFont;
+    bool mEnabled{};
+    bool mReadOnly{};
     struct MouseState {
         short button = 0;
         short shift = 0;

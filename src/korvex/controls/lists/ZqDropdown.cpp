@@ -26,6 +26,7 @@
 #include "korvex/runtime/Twips.h"
 #include "korvex/runtime/Windows1252.h"
 
+#include <QAbstractScrollArea>
 #include <QApplication>
 #include <QFrame>
 #include <QScopedValueRollback>
@@ -39,8 +40,9 @@ KORVEX_REGISTER_CONTROL(ZqDropdown);
 
 namespace {
 
-// Pixels a measured cell text gets around it, as the grid's own fitting leaves them.
-constexpr int CellPadding = 7;
+// Pixels a measured cell text gets around it: the view's text margins and grid line, and room
+// for the fraction of a pixel by which laid-out text may exceed its whole-pixel advance.
+constexpr int CellPadding = 10;
 // Pixels between the closed part's edge and its text.
 constexpr int TextIndent = 2;
 // Rows read to size each column: about this many, spread evenly, however long the list.
@@ -56,7 +58,7 @@ bool HasWideCharacters(const QString& text)
 ZqDropdown::ZqDropdown(QWidget* parent)
     : ListControl(parent), mFrame(new ZqFrame(this)), mHeader(new ZqDropdown_Header(mFrame->ContainerWidget())),
       mFilterBox(new ZqText(mFrame->ContainerWidget())), mGrid(new Grid(mFrame->ContainerWidget())),
-      mButton(new ZqSimpleButton(this)), mFont(this, [this] { ApplyFont(); })
+      mButton(new ZqSimpleButton(this))
 {
     mFrame->SetName(QStringLiteral("zqfraDropdown"));
     mHeader->SetName(QStringLiteral("ZqDDHeader"));
@@ -74,7 +76,6 @@ ZqDropdown::ZqDropdown(QWidget* parent)
     // Grid row r is record r + 1 of the display copy: no header row, no frame of its own.
     mGrid->SetFixedRows(0);
     mGrid->SetFixedCols(0);
-    mGrid->SetExtendLastCol(true);
     if (auto* view = qobject_cast<QFrame*>(mGrid->View()))
         view->setFrameShape(QFrame::NoFrame);
     mGrid->View()->installEventFilter(this);
@@ -175,53 +176,31 @@ void ZqDropdown::SetFilterMode(int mode)
     Assign("FilterMode", mFilterMode, mode);
 }
 
-void ZqDropdown::SetDataField(const QString& field)
-{
-    Assign("DataField", mDataField, field);
-}
-
 void ZqDropdown::SetEnabled(bool enabled)
 {
-    Assign("Enabled", mEnabled, enabled, [this] {
-        if (!mEnabled && mOpen)
-            DropdownHide();
-        update();
-    });
-    mButton->SetEnabled(enabled);
     ListControl::SetEnabled(enabled);
+    mButton->SetEnabled(enabled);
 }
 
-void ZqDropdown::SetReadOnly(bool readOnly)
+void ZqDropdown::EnabledChanged()
 {
-    mReadOnly = readOnly;
+    if (!Enabled() && mOpen)
+        DropdownHide();
+    update();
+}
+
+void ZqDropdown::ReadOnlyChanged()
+{
     ShowFilterBox();
     Resize();
     update();
-    PropertyChanged("ReadOnly");
-}
-
-void ZqDropdown::SetMaxItemsToDisplay(int count)
-{
-    Assign("MaxItemsToDisplay", mMaxItemsToDisplay, count);
-}
-
-void ZqDropdown::SetFont(QObject* font)
-{
-    mFont.Set(font, QStringLiteral("ZqDropdown.Font"));
-    PropertyChanged("Font");
-}
-
-void ZqDropdown::LoadFont(const Variant& font)
-{
-    mFont.Load(font, QStringLiteral("ZqDropdown.Font"));
-    PropertyChanged("Font");
 }
 
 void ZqDropdown::ApplyFont()
 {
-    const QFont font = mFont.ToQFont();
+    const QFont font = SurfaceQFont();
     setFont(font);
-    if (StdFont* f = mFont.Get()) {
+    if (StdFont* f = Font()) {
         mHeader->SetFont(f);
         mFrame->SetFont(f);
     }
@@ -322,7 +301,7 @@ void ZqDropdown::Paint(QPainter& painter)
     const bool highlighted = hasFocus() && !mOpen;
     painter.fillRect(rect(), ToQColor(vbWindowBackground));
     painter.fillRect(area, ToQColor(highlighted ? vbHighlight : vbWindowBackground));
-    painter.setPen(ToQColor(highlighted ? vbHighlightText : mEnabled ? vbWindowText : vbGrayText));
+    painter.setPen(ToQColor(highlighted ? vbHighlightText : Enabled() ? vbWindowText : vbGrayText));
     const int first = FirstVisibleColumn();
     if (!BoundValue().IsNull() && first >= 0) {
         const int firstWidth = TwipsToPixelsX(mGrid->ColWidth(first));
@@ -447,7 +426,7 @@ void ZqDropdown::SelectRowByStep(int step)
 
 void ZqDropdown::DropdownShow()
 {
-    if (!mEnabled || mButtonStyle == ddbsButtonNotVisible)
+    if (!Enabled() || mButtonStyle == ddbsButtonNotVisible)
         return;
     if (!mOpen) {
         mOpen = true;
@@ -507,9 +486,10 @@ int ZqDropdown::MsgBoxFromDropDown(const QString& Prompt, int Buttons, const QSt
 
 // Every shown column gets the width of its widest text among about twenty rows spread over the
 // list, never all of them: a million rows cost what twenty do.
-void ZqDropdown::MeasureColumns(int& firstVisible, int& total)
+void ZqDropdown::MeasureColumns(int& firstVisible, int& lastVisible, int& total)
 {
     firstVisible = -1;
+    lastVisible = -1;
     total = 0;
     const int rows = mGrid->Rows();
     const int step = (rows - 1) / MeasuredRows + 1;
@@ -519,12 +499,12 @@ void ZqDropdown::MeasureColumns(int& firstVisible, int& total)
             continue;
         if (firstVisible < 0)
             firstVisible = col;
+        lastVisible = col;
         int widest = 0;
         for (int row = mGrid->FixedRows(); row < rows; row += step)
             widest = std::max(widest, metrics.horizontalAdvance(NullToString(mGrid->Cell(gcsTextDisplay, row, col))));
-        const int pixels = widest + CellPadding;
-        mGrid->SetColWidth(col, PixelsToTwipsX(pixels));
-        total += pixels;
+        mGrid->SetColWidth(col, PixelsToTwipsX(widest + CellPadding));
+        total += TwipsToPixelsX(mGrid->ColWidth(col));  // what the view gave it: it has a least width
     }
 }
 
@@ -542,7 +522,7 @@ void ZqDropdown::SizeAndPlace()
     const int borderX = SystemInfo::SystemMetric(SM_CXBORDER);
 
     const int rows = ListCount();
-    const int maxItems = std::max(1, mMaxItemsToDisplay);
+    const int maxItems = std::max(1, MaxItemsToDisplay());
     int rowHeight = 0;
     int height = 0;
     if (rows > 0) {
@@ -570,9 +550,11 @@ void ZqDropdown::SizeAndPlace()
     }
 
     int firstVisible = -1;
+    int lastVisible = -1;
     int total = 0;
-    MeasureColumns(firstVisible, total);
-    int width = total + 2 * borderX + (rows > mVisibleRows ? SystemInfo::SystemMetric(SM_CXVSCROLL) : 0);
+    MeasureColumns(firstVisible, lastVisible, total);
+    const int scrollBar = rows > mVisibleRows ? SystemInfo::SystemMetric(SM_CXVSCROLL) : 0;
+    int width = total + 2 * borderX + scrollBar;
     if (width < r.width() + 6)
         width = r.width();
 
@@ -600,6 +582,14 @@ void ZqDropdown::SizeAndPlace()
         width = roomLeft;
         left = rRight - width;
     }
+    // The last column takes what the control's width adds to the columns' own.
+    const int spare = width - 2 * borderX - scrollBar - total;
+    if (spare > 0 && lastVisible >= 0)
+        mGrid->SetColWidth(lastVisible, mGrid->ColWidth(lastVisible) + PixelsToTwipsX(spare));
+    // A list cut short by the screen scrolls sideways; one that fits never shows the bar, which
+    // would take a row's height and bring the vertical bar with it.
+    if (auto* view = qobject_cast<QAbstractScrollArea*>(mGrid->View()))
+        view->setHorizontalScrollBarPolicy(spare < 0 ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff);
     mFrame->setGeometry(left, top, width, height);
     LayOutDropDown(width - 2 * borderX, height - 2 * borderY);
 }
@@ -650,13 +640,21 @@ QWidget* ZqDropdown::TopOf(QWidget* widget) const
     return mHeader->Owns(widget) ? mFrame : widget->window();
 }
 
+// Activating the drop-down's window takes a moment: until the focus arrives in the list it is
+// still on the combo, and counts as inside.
+QWidget* ZqDropdown::FocusTop() const
+{
+    QWidget* focus = QApplication::focusWidget();
+    return mOpen && focus == this ? mFrame : TopOf(focus);
+}
+
 // With the focus in the drop-down, a press in it goes on and any other press closes it and is
 // used up; with the focus in another window, a press there closes it and goes on.
 bool ZqDropdown::MouseHook(QWidget* target, QMouseEvent* event)
 {
     if (!mOpen)
         return false;
-    QWidget* focusTop = TopOf(QApplication::focusWidget());
+    QWidget* focusTop = FocusTop();
     if (focusTop != mFrame) {
         DropdownHide();
         return false;
@@ -670,18 +668,17 @@ bool ZqDropdown::MouseHook(QWidget* target, QMouseEvent* event)
     return true;
 }
 
-bool ZqDropdown::KeyboardHook(QWidget*, QKeyEvent* event)
+bool ZqDropdown::KeyboardHook(QWidget* target, QKeyEvent* event)
 {
     if (!mOpen)
         return false;
     QWidget* focus = QApplication::focusWidget();
-    if (focus && TopOf(focus) != mFrame) {
+    if (focus && FocusTop() != mFrame) {
         DropdownHide();
         return false;
     }
-    if (event->isAutoRepeat())
-        return false;
-    switch (event->key()) {
+    // Only a fresh key-down closes: a held key repeats as it would unhooked.
+    switch (event->isAutoRepeat() ? 0 : event->key()) {
     case Qt::Key_Escape:
     case Qt::Key_Return:
     case Qt::Key_Enter:
@@ -696,18 +693,27 @@ bool ZqDropdown::KeyboardHook(QWidget*, QKeyEvent* event)
         return true;
     case Qt::Key_Tab:
     case Qt::Key_Backtab: {
+        const bool ours = FocusIsOurs();
         if (UserMayChange())
             Model().SelectFromDisplay(ddcrChangedByUser);
         DropdownHide();
         // The key would reach the list it was meant for, hidden now: the focus moves on from
         // the combo instead.
-        const bool forward = event->key() == Qt::Key_Tab && !(event->modifiers() & Qt::ShiftModifier);
-        if (hasFocus())
-            focusNextPrevChild(forward);
+        if (ours)
+            focusNextPrevChild(event->key() == Qt::Key_Tab && !(event->modifiers() & Qt::ShiftModifier));
         return true;
     }
-    default: return false;
+    default:
+        break;
     }
+    // A key that came before the focus: the list gets it, as it would a moment later.
+    if (target == this && focus == this) {
+        QKeyEvent forwarded(event->type(), event->key(), event->modifiers(), event->text(), event->isAutoRepeat(),
+                            static_cast<ushort>(event->count()));
+        QCoreApplication::sendEvent(mGrid->View(), &forwarded);
+        return true;
+    }
+    return false;
 }
 
 // --- The list --------------------------------------------------------------------------------

@@ -7,7 +7,6 @@
 // user or the program makes raises Click and then Changed.
 #pragma once
 
-#include "korvex/controls/display/SurfaceFont.h"
 #include "korvex/controls/lists/ListControl.h"
 
 #include <functional>
@@ -44,11 +43,6 @@ class ZqDropdown : public ListControl {
     Q_PROPERTY(bool AllowSorting READ AllowSorting WRITE SetAllowSorting)
     Q_PROPERTY(int ButtonStyle READ ButtonStyle WRITE SetButtonStyle)
     Q_PROPERTY(int FilterMode READ FilterMode WRITE SetFilterMode)
-    Q_PROPERTY(QString DataField READ DataField WRITE SetDataField)
-    Q_PROPERTY(bool Enabled READ Enabled WRITE SetEnabled)
-    Q_PROPERTY(bool ReadOnly READ ReadOnly WRITE SetReadOnly)
-    Q_PROPERTY(int MaxItemsToDisplay READ MaxItemsToDisplay WRITE SetMaxItemsToDisplay)
-    Q_PROPERTY(QObject* Font READ FontObject WRITE SetFont)
     Q_PROPERTY(korvex::Variant SelectableItemsFilter READ SelectableItemsFilter WRITE SetSelectableItemsFilter)
     Q_PROPERTY(bool IsDropdownOpen READ IsDropdownOpen)
 
@@ -64,17 +58,8 @@ public:
     void SetButtonStyle(int style);
     int FilterMode() const noexcept { return mFilterMode; }
     void SetFilterMode(int mode);
-    const QString& DataField() const noexcept { return mDataField; }
-    void SetDataField(const QString& field);
-    bool Enabled() const override { return mEnabled; }
+    // Enabled also goes to the drop button.
     void SetEnabled(bool enabled) override;
-    bool ReadOnly() const noexcept { return mReadOnly; }
-    void SetReadOnly(bool readOnly);
-    int MaxItemsToDisplay() const noexcept { return mMaxItemsToDisplay; }
-    void SetMaxItemsToDisplay(int count);
-    StdFont* Font() const { return mFont.Get(); }
-    QObject* FontObject() const { return mFont.Get(); }
-    void SetFont(QObject* font);
     Variant SelectableItemsFilter() const;
     void SetSelectableItemsFilter(const Variant& filter);
     bool IsDropdownOpen() const noexcept { return mOpen; }
@@ -119,7 +104,9 @@ signals:
 
 protected:
     const PropertyList& PersistedProperties() const override;
-    bool UserMayChange() const override { return mEnabled && !mReadOnly; }
+    void ApplyFont() override;
+    void EnabledChanged() override;
+    void ReadOnlyChanged() override;
     int CursorColumn() const override;
     void Resize() override;
     void Paint(QPainter& painter) override;
@@ -131,23 +118,21 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    Variant FontValue() const { return Variant(FontObject()); }
-    void LoadFont(const Variant& font);
-    void ApplyFont();
-    bool FilterBoxShown() const { return mAllowFilter && !mReadOnly; }
+    bool FilterBoxShown() const { return mAllowFilter && !ReadOnly(); }
     void ShowFilterBox();
     // Keys of the shown columns from the first shown one, and their grid indexes.
     QStringList ShownKeys(QList<int>* cols = nullptr) const;
 
     void SizeAndPlace();
     void LayOutDropDown(int width, int height);
-    void MeasureColumns(int& firstVisible, int& total);
+    void MeasureColumns(int& firstVisible, int& lastVisible, int& total);
     void InstallHooks();
     void RemoveHooks();
     bool MouseHook(QWidget* target, QMouseEvent* event);
     bool KeyboardHook(QWidget* target, QKeyEvent* event);
     // The top-level window a widget is in; the header's menu counts as the drop-down's.
     QWidget* TopOf(QWidget* widget) const;
+    QWidget* FocusTop() const;
     bool FocusIsOurs() const;
 
     bool ListKey(QKeyEvent* event);
@@ -166,15 +151,10 @@ private:
     ZqText* mFilterBox;
     Grid* mGrid;
     ZqSimpleButton* mButton;
-    SurfaceFont mFont;
     bool mAllowFilter{};
     bool mAllowSorting{};
     int mButtonStyle{};
     int mFilterMode{};
-    QString mDataField;
-    bool mEnabled{};
-    bool mReadOnly{};
-    int mMaxItemsToDisplay{};
     bool mOpen = false;
     bool mClosing = false;
     int mVisibleRows = 1;

@@ -29,8 +29,7 @@ enum : int { AlignLeftTop = 0, AlignCentreTop = 3, AlignRightTop = 6 };
 }  // namespace
 
 ZqDropdownList::ZqDropdownList(QWidget* parent)
-    : ListControl(parent), mFrame(new ZqFrame(this)), mGrid(new Grid(mFrame->ContainerWidget())),
-      mFont(this, [this] { ApplyFont(); })
+    : ListControl(parent), mFrame(new ZqFrame(this)), mGrid(new Grid(mFrame->ContainerWidget()))
 {
     mFrame->SetName(QStringLiteral("zqfraList"));
     mGrid->SetName(QStringLiteral("fgList"));
@@ -92,44 +91,11 @@ void ZqDropdownList::SetAutoExtendCol(const QString& key)
     mGrid->SetExtendLastCol(mAutoExtendCol.isEmpty());
 }
 
-void ZqDropdownList::SetDataField(const QString& field)
-{
-    Assign("DataField", mDataField, field);
-}
-
-void ZqDropdownList::SetEnabled(bool enabled)
-{
-    Assign("Enabled", mEnabled, enabled);
-    ListControl::SetEnabled(enabled);
-}
-
-void ZqDropdownList::SetReadOnly(bool readOnly)
-{
-    Assign("ReadOnly", mReadOnly, readOnly);
-}
-
-void ZqDropdownList::SetMaxItemsToDisplay(int count)
-{
-    Assign("MaxItemsToDisplay", mMaxItemsToDisplay, count);
-}
-
-void ZqDropdownList::SetFont(QObject* font)
-{
-    mFont.Set(font, QStringLiteral("ZqDropdownList.Font"));
-    PropertyChanged("Font");
-}
-
-void ZqDropdownList::LoadFont(const Variant& font)
-{
-    mFont.Load(font, QStringLiteral("ZqDropdownList.Font"));
-    PropertyChanged("Font");
-}
-
 void ZqDropdownList::ApplyFont()
 {
-    const QFont font = mFont.ToQFont();
+    const QFont font = SurfaceQFont();
     setFont(font);
-    if (StdFont* f = mFont.Get())
+    if (StdFont* f = Font())
         mFrame->SetFont(f);
     mGrid->setFont(font);
 }

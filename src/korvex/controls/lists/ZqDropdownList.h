@@ -5,7 +5,6 @@
 // edges; hidden, it goes back to its place on the form.
 #pragma once
 
-#include "korvex/controls/display/SurfaceFont.h"
 #include "korvex/controls/lists/ListControl.h"
 
 #include <QPointer>
@@ -26,11 +25,6 @@ class ZqDropdownList : public ListControl {
     Q_CLASSINFO("TypeName", "ZqDropdownList")
     Q_PROPERTY(bool AllowDeepRows READ AllowDeepRows WRITE SetAllowDeepRows)
     Q_PROPERTY(QString AutoExtendCol READ AutoExtendCol WRITE SetAutoExtendCol)
-    Q_PROPERTY(QString DataField READ DataField WRITE SetDataField)
-    Q_PROPERTY(bool Enabled READ Enabled WRITE SetEnabled)
-    Q_PROPERTY(bool ReadOnly READ ReadOnly WRITE SetReadOnly)
-    Q_PROPERTY(int MaxItemsToDisplay READ MaxItemsToDisplay WRITE SetMaxItemsToDisplay)
-    Q_PROPERTY(QObject* Font READ FontObject WRITE SetFont)
 
 public:
     explicit ZqDropdownList(QWidget* parent = nullptr);
@@ -40,17 +34,6 @@ public:
     void SetAllowDeepRows(bool allow);
     const QString& AutoExtendCol() const noexcept { return mAutoExtendCol; }
     void SetAutoExtendCol(const QString& key);
-    const QString& DataField() const noexcept { return mDataField; }
-    void SetDataField(const QString& field);
-    bool Enabled() const override { return mEnabled; }
-    void SetEnabled(bool enabled) override;
-    bool ReadOnly() const noexcept { return mReadOnly; }
-    void SetReadOnly(bool readOnly);
-    int MaxItemsToDisplay() const noexcept { return mMaxItemsToDisplay; }
-    void SetMaxItemsToDisplay(int count);
-    StdFont* Font() const { return mFont.Get(); }
-    QObject* FontObject() const { return mFont.Get(); }
-    void SetFont(QObject* font);
 
     // The first row whose text in a keyed, shown column begins with the string; it becomes the
     // selection without Click. False, and no row current, when none does.
@@ -80,23 +63,15 @@ protected:
     void focusOutEvent(QFocusEvent* event) override;
 
 private:
-    Variant FontValue() const { return Variant(FontObject()); }
-    void LoadFont(const Variant& font);
-    void ApplyFont();
+    void ApplyFont() override;
     void Float();
     void ReturnToForm();
     void GridClick();
-    bool UserMayChange() const override { return mEnabled && !mReadOnly; }
 
     ZqFrame* mFrame;
     Grid* mGrid;
-    SurfaceFont mFont;
     bool mAllowDeepRows{};
     QString mAutoExtendCol;
-    QString mDataField;
-    bool mEnabled{};
-    bool mReadOnly{};
-    int mMaxItemsToDisplay{};
     bool mHasFocus = false;
     short mLastKeyDown = 0;
     bool mFloating = false;

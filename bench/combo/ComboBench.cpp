@@ -26,7 +26,6 @@
 #include <QTest>
 
 #include <benchmark/benchmark.h>
-#include <malloc.h>
 
 #include <memory>
 
@@ -34,12 +33,6 @@ namespace korvex {
 namespace {
 
 using namespace ado;
-
-std::size_t HeapInUse()
-{
-    const struct mallinfo2 info = mallinfo2();
-    return info.uordblks + info.hblkhd;
-}
 
 double Megabytes(std::size_t bytes)
 {
@@ -58,7 +51,7 @@ Items& TheItems()
 {
     static Items items = [] {
         Items is;
-        const std::size_t before = HeapInUse();
+        const std::size_t before = bench::HeapInUse();
         auto store = std::make_shared<RecordsetStore>(std::vector<FieldDef>{
             MakeFieldDef("Code", adVarWChar, 10, 0), MakeFieldDef("Name", adVarWChar, 40, 0),
             MakeFieldDef("Town", adVarWChar, 30, 0)});
@@ -69,7 +62,7 @@ Items& TheItems()
         }
         is.rs = std::make_shared<Recordset>();
         is.rs->OpenStore(std::move(store));
-        is.storeBytes = HeapInUse() - before;
+        is.storeBytes = bench::HeapInUse() - before;
         is.names.reserve(demo::ItemCount);
         for (int i = 0; i < demo::ItemCount; ++i)
             is.names.append(CStr(is.rs->ValueAtPosition(static_cast<std::size_t>(i), 1)));
@@ -333,19 +326,19 @@ struct ComboMemory {
 ComboMemory MeasureComboMemory()
 {
     ComboMemory m;
-    std::size_t before = HeapInUse();
+    std::size_t before = bench::HeapInUse();
     {
         ComboOnForm c;
         c.Bind();
         c.combo->DropdownShow();
         c.Painted();
-        m.boundAndOpen = static_cast<double>(HeapInUse() - before);
+        m.boundAndOpen = static_cast<double>(bench::HeapInUse() - before);
     }
-    before = HeapInUse();
+    before = bench::HeapInUse();
     for (const char* field : {"Code", "Name", "Town"})
         TheItems().rs->SetFieldOptimized(TheItems().rs->Fields()->Item(Variant(field))->Index(), true);
-    m.indexes = static_cast<double>(HeapInUse() - before);
-    before = HeapInUse();
+    m.indexes = static_cast<double>(bench::HeapInUse() - before);
+    before = bench::HeapInUse();
     {
         ComboOnForm c;
         c.Bind();
@@ -355,7 +348,7 @@ ComboMemory MeasureComboMemory()
         c.combo->SetFilterMode(ddfmEndsWith);
         c.combo->zqtxtFilter()->SetText(QStringLiteral("ern"));
         c.Painted();
-        m.filtered = static_cast<double>(HeapInUse() - before);
+        m.filtered = static_cast<double>(bench::HeapInUse() - before);
     }
     return m;
 }

@@ -26,7 +26,7 @@ demo: build
 	fi
 
 # The README's pictures: the demo rendered offscreen, the forms it shows copied into docs/.
-SCREENSHOTS := frmLabels frmInputs frmNumbers frmCustomers_Editing frmDisplay frmGrid frmLists frmEmail
+SCREENSHOTS := frmLabels frmInputs frmNumbers frmCustomers_Editing frmDisplay frmGrid frmLists frmCombo frmCombo_Open frmEmail
 screenshots: build
 	@rm -rf build/screenshots
 	@QT_QPA_PLATFORM=offscreen build/debug/apps/demo/korvex_demo --screenshot build/screenshots

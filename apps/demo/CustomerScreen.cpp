@@ -1,9 +1,11 @@
-// CustomerScreen: the customer form's buttons, the Ctrl+S shortcut that saves without taking
-// the focus from the box being typed in, and the edit mode shown as it changes.
+// CustomerScreen: the customer form's buttons, the country combo over the lookup table, the
+// Ctrl+S shortcut that saves without taking the focus from the box being typed in, and the edit
+// mode shown as it changes.
 #include "CustomerScreen.h"
 
 #include "MainForm.h"
 
+#include "korvex/controls/lists/ZqDropdown.h"
 #include "korvex/data/DataBindingSource.h"
 #include "korvex/data/clsDatabase.h"
 #include "korvex/platform/adosql/Connection.h"
@@ -66,10 +68,17 @@ CustomerScreen::CustomerScreen(Form& form) : QObject(&form), mForm(form)
     auto* save = new QShortcut(QKeySequence::Save, &form);
     connect(save, &QShortcut::activated, this, [this] { Run([this] { mSource->Save(); }, ZqMsg_Fail_Update); });
 
+    QObject* connection = clsDatabase::Global().gcn().get();
+    // The combo offers the countries of the lookup table; it needs them before the binding shows
+    // a customer's country in it.
+    mCountries = std::make_shared<ado::Recordset>();
+    mCountries->Open(Variant(QStringLiteral("SELECT \"Code\", \"Name\" FROM countries ORDER BY \"Name\"")),
+                     Variant(connection), ado::adOpenStatic, ado::adLockReadOnly);
+    qobject_cast<ZqDropdown*>(form.FindControl(QStringLiteral("zqddCountry")))->SetRowSource(mCountries);
+
     mRS = std::make_shared<ado::Recordset>();
-    mRS->Open(Variant(QStringLiteral("SELECT * FROM customers ORDER BY \"CustomerId\"")),
-              Variant(static_cast<QObject*>(clsDatabase::Global().gcn().get())), ado::adOpenStatic,
-              ado::adLockBatchOptimistic);
+    mRS->Open(Variant(QStringLiteral("SELECT * FROM customers ORDER BY \"CustomerId\"")), Variant(connection),
+              ado::adOpenStatic, ado::adLockBatchOptimistic);
     mSource->SetRecordset(mRS);
     ShowState();
 }

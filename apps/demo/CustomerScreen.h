@@ -40,6 +40,7 @@ private:
     korvex::Form& mForm;
     korvex::DataBindingSource* mSource = nullptr;
     std::shared_ptr<korvex::ado::Recordset> mRS;
+    std::shared_ptr<korvex::ado::Recordset> mCountries;
 };
 
 }  // namespace demo

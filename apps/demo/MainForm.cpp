@@ -28,7 +28,8 @@ const std::vector<FormEntry>& DemoForms()
     static const std::vector<FormEntry> forms = {
         {"frmWelcome", "Welcome"},   {"frmLabels", "Labels"},       {"frmInputs", "Inputs"},
         {"frmNumbers", "Numbers"},   {"frmCustomers", "Customers"}, {"frmDisplay", "Display controls"},
-        {"frmGrid", "Grid"},         {"frmLists", "Pick lists"},    {"frmEmail", "E-mail"},
+        {"frmGrid", "Grid"},         {"frmLists", "Pick lists"},    {"frmCombo", "Combo"},
+        {"frmEmail", "E-mail"},
     };
     return forms;
 }

@@ -1,6 +1,7 @@
 // The Korvex demo: an MDI main form with the library initialised and the demo's forms inside.
 // With --screenshot DIR it shows each form in turn, renders the window to DIR/<form name>.png
 // and exits, for machines without a display.
+#include "ComboScreen.h"
 #include "CustomerScreen.h"
 #include "DemoDatabase.h"
 #include "EmailScreen.h"
@@ -9,6 +10,7 @@
 #include "MainForm.h"
 
 #include "korvex/core/clsPublic.h"
+#include "korvex/controls/lists/ZqDropdown.h"
 #include "korvex/core/clsZqUser.h"
 #include "korvex/data/DataBindingSource.h"
 #include "korvex/platform/host/TextBox.h"
@@ -68,6 +70,16 @@ bool SaveScreenshots(demo::MainForm& main, const QString& dir)
     return ok;
 }
 
+// The combo over the million items open, with a name typed into its filter box.
+bool SaveComboScreenshot(demo::MainForm& main, demo::ComboScreen& combo, const QString& dir)
+{
+    main.ShowForm(QStringLiteral("frmCombo"));
+    combo.OpenFiltered(QStringLiteral("Mü"));
+    const bool ok = SaveShot(main, dir, QStringLiteral("frmCombo_Open"));
+    combo.Items().DropdownHide();
+    return ok;
+}
+
 // The customer form in each edit mode: viewing, editing with a changed name, saved, adding;
 // then the labels once more in German, to show the captions come from the language file.
 bool SaveMoreScreenshots(demo::MainForm& main, demo::CustomerScreen& customers, const QString& dir)
@@ -121,12 +133,15 @@ int main(int argc, char** argv)
     // Screenshots work on a fresh database of their own; the demo keeps its data between runs.
     QTemporaryDir scratch;
     demo::CustomerScreen* customers = nullptr;
+    demo::ComboScreen* combo = nullptr;
     try {
         demo::OpenDemoDatabase(parser.isSet(screenshot) ? scratch.filePath(QStringLiteral("customers.db"))
                                                         : demo::DefaultDatabasePath());
         main.SetScreen(QStringLiteral("frmCustomers"),
                        [&customers](korvex::Form& form) { customers = new demo::CustomerScreen(form); });
         main.SetScreen(QStringLiteral("frmGrid"), [](korvex::Form& form) { new demo::GridScreen(form); });
+        // The million items are made the first time this form opens, not at start-up.
+        main.SetScreen(QStringLiteral("frmCombo"), [&combo](korvex::Form& form) { combo = new demo::ComboScreen(form); });
         main.SetScreen(QStringLiteral("frmLists"), [picture = parser.isSet(screenshot)](korvex::Form& form) {
             new demo::ListsScreen(form, picture);
         });
@@ -137,6 +152,7 @@ int main(int argc, char** argv)
 
     if (parser.isSet(screenshot)) {
         bool ok = SaveScreenshots(main, parser.value(screenshot));
+        ok = combo && SaveComboScreenshot(main, *combo, parser.value(screenshot)) && ok;
         ok = customers && SaveMoreScreenshots(main, *customers, parser.value(screenshot)) && ok;
         korvex::clsPublic::Global().UninitVyrInvControls();
         return ok ? 0 : 1;

@@ -13,7 +13,6 @@
 #include <QTableView>
 
 #include <benchmark/benchmark.h>
-#include <malloc.h>
 
 #include <memory>
 
@@ -63,12 +62,6 @@ Recordset& Screenful()
 {
     static const std::shared_ptr<Recordset> rs = MakeRecordset(60);
     return *rs;
-}
-
-std::size_t HeapInUse()
-{
-    const struct mallinfo2 info = mallinfo2();
-    return info.uordblks + info.hblkhd;
 }
 
 struct ShownGrid {
@@ -177,10 +170,10 @@ double MegabytesAddedBy(Recordset& source)
     ShownGrid g;
     auto clone = source.Clone();
     g.grid.grab();
-    const std::size_t before = HeapInUse();
+    const std::size_t before = bench::HeapInUse();
     g.grid.SetDataSource(clone);
     g.grid.grab();
-    return static_cast<double>(HeapInUse() - before) / (1024.0 * 1024.0);
+    return static_cast<double>(bench::HeapInUse() - before) / (1024.0 * 1024.0);
 }
 
 }  // namespace

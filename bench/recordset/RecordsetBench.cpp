@@ -22,7 +22,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <malloc.h>
 #include <numeric>
 #include <random>
 #include <vector>
@@ -71,12 +70,6 @@ const Rows& Data()
     return rows;
 }
 
-std::size_t HeapInUse()
-{
-    const struct mallinfo2 info = mallinfo2();
-    return info.uordblks + info.hblkhd;
-}
-
 std::shared_ptr<RecordsetStore> MakeStore(int rows)
 {
     const Rows& data = Data();
@@ -101,12 +94,12 @@ ItemStore& Store()
     static ItemStore s = [] {
         ItemStore is;
         Data();
-        const std::size_t before = HeapInUse();
+        const std::size_t before = bench::HeapInUse();
         is.big = std::make_shared<Recordset>();
         is.big->OpenStore(MakeStore(RowCount));
         for (const char* field : {"Code", "Name", "Description"})
             is.big->Fields()->Item(field)->Properties()->Item("Optimize")->SetValue(true);
-        is.bytesPerRow = static_cast<double>(HeapInUse() - before) / RowCount;
+        is.bytesPerRow = static_cast<double>(bench::HeapInUse() - before) / RowCount;
         is.small = std::make_shared<Recordset>();
         is.small->OpenStore(MakeStore(10));
         return is;

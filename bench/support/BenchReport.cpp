@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <malloc.h>
 #include <map>
 #include <regex>
 #include <vector>
@@ -206,6 +207,12 @@ void ReportFigure(const std::string& name, double value, const std::string& unit
                   double referenceValue, const std::string& referenceUnit, double maxRatio)
 {
     Figures().push_back({name, unit, reference, referenceUnit, value, referenceValue, maxRatio});
+}
+
+std::size_t HeapInUse()
+{
+    const struct mallinfo2 info = mallinfo2();
+    return info.uordblks + info.hblkhd;
 }
 
 int Main(int argc, char** argv, int rounds)

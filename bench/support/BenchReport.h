@@ -13,6 +13,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <cstddef>
 #include <string>
 
 namespace korvex::bench {
@@ -29,6 +30,10 @@ void CompareThroughput(const std::string& name, const std::string& measured, con
 // A figure computed by the program itself (memory, counts): value / reference <= maxRatio.
 void ReportFigure(const std::string& name, double value, const std::string& unit, const std::string& reference,
                   double referenceValue, const std::string& referenceUnit, double maxRatio);
+
+// Bytes the heap holds at this moment (glibc's count of allocated bytes), for memory figures: the
+// difference around a piece of work is what it keeps.
+std::size_t HeapInUse();
 
 // Runs the compared benchmarks in `rounds` rounds (the environment variable KORVEX_BENCH_ROUNDS
 // overrides it; --benchmark_filter narrows which run) and prints the summary; returns 0 even

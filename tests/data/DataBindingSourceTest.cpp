@@ -7,6 +7,7 @@
 #include "korvex/platform/host/PropertyBag.h"
 #include "korvex/platform/host/App.h"
 #include "korvex/controls/input/ZqNumber.h"
+#include "korvex/controls/lists/ZqDropdown.h"
 #include "korvex/platform/adosql/Connection.h"
 #include "korvex/localisation/clsCharTranslation.h"
 #include "korvex/data/clsDatabase.h"
@@ -158,7 +159,8 @@ TEST_F(BindingTest, EachKindShowsTheRecordAndMovingOffClearsIt)
     joined->maxDate = Date{39990};
     auto* code = Add<test::FakeProdCode>("txtCode", "CustomerId");
     auto* combo = Add<test::FakeCombo>("cboRegion", "Region");
-    auto* dropdown = Add<test::FakeDropdown>("ddContact", "Contact");
+    auto* dropdown = Add<ZqDropdown>("ddContact", "Contact");
+    dropdown->SetRowSource(Variant(QStringLiteral("Ada   ;Chloe")));
     DataBindingSource* source = Source();
     QSignalSpy moves(source, &DataBindingSource::RecordMove);
     QObject::connect(source, &DataBindingSource::DataReadFromSource, [](const QString& field, Variant& value, int) {
@@ -172,7 +174,8 @@ TEST_F(BindingTest, EachKindShowsTheRecordAndMovingOffClearsIt)
     EXPECT_EQ(visits->Value(), 2) << "a number field shows its value in a check box";
     EXPECT_EQ(code->text, "1");
     EXPECT_EQ(combo->boundText, Variant("South"));
-    EXPECT_EQ(dropdown->boundValue, Variant("Ada   ")) << "the bound value is the field's value as it is";
+    EXPECT_EQ(dropdown->BoundValue(), Variant("Ada   ")) << "the row of the field's value as it is, blanks and all";
+    EXPECT_EQ(dropdown->ListIndex(), 0);
     ASSERT_EQ(boxes.shown().size(), 1) << "a date beyond the control's maximum is adjusted and the user told";
     EXPECT_EQ(boxes.shown()[0].prompt, "The field \"Joined\" contained an invalid value of \"7/6/2009\".\r\n\r\nIt has "
                                        "been changed to \"6/26/2009\".");
@@ -189,7 +192,8 @@ TEST_F(BindingTest, EachKindShowsTheRecordAndMovingOffClearsIt)
     EXPECT_TRUE(rs->IsEOF());
     EXPECT_EQ(name->Text(), "");
     EXPECT_TRUE(joined->value.IsNull());
-    EXPECT_TRUE(dropdown->boundValue.IsNull());
+    EXPECT_TRUE(dropdown->BoundValue().IsNull());
+    EXPECT_EQ(dropdown->ListIndex(), -1) << "cleared: nothing selected";
     EXPECT_EQ(combo->boundText, Variant(""));
     ASSERT_GE(moves.count(), 3);
     EXPECT_FALSE(moves.last()[0].toBool()) << "RecordMove says the record is not valid";
@@ -669,7 +673,8 @@ TEST_F(BindingTest, EditableFollowsEnabledLockedAndReadOnlyPerKind)
     auto* visits = Add<ZqNumber>("zqnVisits", "Visits");
     auto* joined = Add<test::FakeDate>("dtpJoined", "Joined");
     auto* region = Add<test::FakeCombo>("cboRegion", "Region");
-    auto* contact = Add<test::FakeDropdown>("ddContact", "Contact");
+    auto* contact = Add<ZqDropdown>("ddContact", "Contact");
+    contact->SetRowSource(Variant(QStringLiteral("Ada   ;Chloe")));
     auto* code = Add<test::FakeProdCode>("txtCode", "CustomerId");
     DataBindingSource* source = Source();
     source->SetRecordset(Customers());
@@ -678,7 +683,7 @@ TEST_F(BindingTest, EditableFollowsEnabledLockedAndReadOnlyPerKind)
         EXPECT_TRUE(editable(i)) << i;
     visits->SetReadOnly(true);
     joined->readOnly = true;
-    contact->readOnly = true;
+    contact->SetReadOnly(true);
     region->locked = true;
     code->locked = true;
     EXPECT_FALSE(editable(3)) << "ZqNumber read-only";
@@ -766,6 +771,55 @@ TEST_F(BindingTest, SaveIsRefusedByValidationAndOnlyTheFirstControlOfAFieldIsSav
     EXPECT_TRUE(source->Save());
     EXPECT_EQ(rs->Fields()->Item(QStringLiteral("Name"))->Value(), Variant("First")) << "the first control of the field";
     EXPECT_EQ(rs->Fields()->Item(QStringLiteral("City"))->Value(), Variant("Nowhere"));
+}
+
+TEST_F(BindingTest, ADropdownShowsTheFieldAsItsSelectionAndSavesWhatTheUserPicks)
+{
+    auto* region = Add<ZqDropdown>("zqddRegion", "Region");
+    region->SetColumns(2);
+    region->SetRowSource(Variant(QStringLiteral("North;Northern hills;South;Southern coast;West;Western plain")));
+    DataBindingSource* source = Source();
+    auto rs = Customers();
+    source->SetRecordset(rs);
+    EXPECT_EQ(region->BoundValue(), Variant("South"));
+    EXPECT_EQ(region->ListIndex(), 1) << "the field's value selects its row";
+    EXPECT_EQ(region->Text(), "South");
+    EXPECT_FALSE(source->DataChanged()) << "the shown value reads back as the field's";
+
+    // The user picks the third row: Click and Changed say so, and the save writes its bound value.
+    source->Edit();
+    QSignalSpy changed(region, &ZqDropdown::Changed);
+    region->SetListIndex(2);
+    ASSERT_EQ(changed.count(), 1);
+    EXPECT_EQ(changed[0][1].value<Variant>(), Variant("South"));
+    EXPECT_EQ(changed[0][2].value<Variant>(), Variant("West"));
+    EXPECT_TRUE(source->DataChanged());
+    Variant now, before;
+    EXPECT_TRUE(source->DataFieldChanged(QStringLiteral("Region"), now, before));
+    EXPECT_EQ(now, Variant("West"));
+    EXPECT_EQ(before, Variant("South"));
+    ASSERT_TRUE(source->Save());
+    EXPECT_EQ(rs->Fields()->Item(QStringLiteral("Region"))->Value(), Variant("West"));
+    EXPECT_EQ(source->EditMode(), ZqDataViewOnly);
+
+    // A Null field selects nothing, and nothing saves as Null; the next record selects again.
+    rs->MoveNext();
+    EXPECT_TRUE(region->BoundValue().IsNull());
+    EXPECT_EQ(region->ListIndex(), -1);
+    source->Edit();
+    ASSERT_TRUE(source->Save());
+    EXPECT_TRUE(rs->Fields()->Item(QStringLiteral("Region"))->Value().IsNull());
+    rs->MoveNext();
+    EXPECT_EQ(region->BoundValue(), Variant("North"));
+    EXPECT_EQ(region->Text(), "North");
+
+    // A value the list does not hold is refused by the combo, which keeps its row.
+    rs->Fields()->Item(QStringLiteral("Region"))->SetValue(Variant("East"));
+    const auto missing = test::RaisedError([&] { source->DisplayRecord(); });
+    ASSERT_TRUE(missing.has_value());
+    EXPECT_EQ(missing->Description(), "Item not found.");
+    EXPECT_EQ(region->BoundValue(), Variant("North"));
+    rs->CancelBatch();
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 // Small controls of the outside kinds the binding contract knows by type name (a date box, a
-// bound combo, the product-code boxes, the multi-column combo), with just the members the
-// binding reads and writes, for tests.
+// bound combo, the product-code boxes), with just the members the binding reads and writes, for
+// tests.
 #pragma once
 
 #include "korvex/platform/host/ControlRegistry.h"
@@ -51,19 +51,6 @@ public:
     using Control::Control;
     QString text, dataField;
     bool locked = false;
-};
-
-class FakeDropdown : public Control {
-    Q_OBJECT
-    Q_CLASSINFO("TypeName", "ZqDropdown")
-    Q_PROPERTY(korvex::Variant BoundValue MEMBER boundValue)
-    Q_PROPERTY(bool ReadOnly MEMBER readOnly)
-    Q_PROPERTY(QString DataField MEMBER dataField)
-public:
-    using Control::Control;
-    Variant boundValue = Variant::Null();
-    bool readOnly = false;
-    QString dataField;
 };
 
 }  // namespace korvex::test

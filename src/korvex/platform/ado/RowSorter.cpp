@@ -131,8 +131,7 @@ private:
         for (auto tie = first; tie != last;) {
             auto end = std::find_if(tie + 1, last, [&](const Entry& e) { return e.key != tie->key; });
             if (end - tie > 1) {
-                // A chunk whose last byte is there leaves texts that may go on; otherwise the
-                // texts have ended together and are equal.
+                // Texts that filled the chunk may go on; texts that ended inside it are equal.
                 if (text && ((tie->key ^ flip) & 0xFF) != 0) {
                     Cursor next = run.at;
                     NextChunk(column.Text(tie->row), next);

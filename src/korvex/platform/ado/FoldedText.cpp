@@ -22,18 +22,15 @@ constexpr std::size_t CompactSlack = 1 << 16;
 void AppendFolded(QStringView text, std::string& out)
 {
     const char16_t* p = text.utf16();
+    unsigned char bytes[3];
     for (qsizetype i = 0; i < text.size(); ++i) {
         const char16_t c = FoldCase(p[i]);
         if (c < 0x80) {
             out.push_back(static_cast<char>(c));
-        } else if (c < 0x800) {
-            out.push_back(static_cast<char>(0xC0 | (c >> 6)));
-            out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
-        } else {
-            out.push_back(static_cast<char>(0xE0 | (c >> 12)));
-            out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3F)));
-            out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
+            continue;
         }
+        const int n = EncodeFolded(c, bytes);
+        out.append(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(n));
     }
 }
 
@@ -43,33 +40,6 @@ std::string Folded(QStringView text)
     out.reserve(static_cast<std::size_t>(text.size()));
     AppendFolded(text, out);
     return out;
-}
-
-std::uint64_t FoldedKey(QStringView text) noexcept
-{
-    std::uint64_t key = 0;
-    int bytes = 0;
-    auto put = [&](unsigned b) {
-        if (bytes < 8) {
-            key |= std::uint64_t{b & 0xFF} << (56 - 8 * bytes);
-            ++bytes;
-        }
-    };
-    const char16_t* p = text.utf16();
-    for (qsizetype i = 0; i < text.size() && bytes < 8; ++i) {
-        const char16_t c = FoldCase(p[i]);
-        if (c < 0x80) {
-            put(c);
-        } else if (c < 0x800) {
-            put(0xC0 | (c >> 6));
-            put(0x80 | (c & 0x3F));
-        } else {
-            put(0xE0 | (c >> 12));
-            put(0x80 | ((c >> 6) & 0x3F));
-            put(0x80 | (c & 0x3F));
-        }
-    }
-    return key;
 }
 
 std::uint64_t HeadKey(std::string_view bytes) noexcept

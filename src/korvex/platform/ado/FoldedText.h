@@ -22,9 +22,23 @@ using RowId = std::uint32_t;
 void AppendFolded(QStringView text, std::string& out);
 std::string Folded(QStringView text);
 
-// The first eight folded bytes, high to low: a key whose order agrees with CompareNoCase wherever
-// two keys differ, so that sorts compare whole texts only on ties.
-std::uint64_t FoldedKey(QStringView text) noexcept;
+// Writes a code unit already folded in the byte form above; returns how many bytes (1 to 3).
+inline int EncodeFolded(char16_t c, unsigned char* bytes) noexcept
+{
+    if (c < 0x80) {
+        bytes[0] = static_cast<unsigned char>(c);
+        return 1;
+    }
+    if (c < 0x800) {
+        bytes[0] = static_cast<unsigned char>(0xC0 | (c >> 6));
+        bytes[1] = static_cast<unsigned char>(0x80 | (c & 0x3F));
+        return 2;
+    }
+    bytes[0] = static_cast<unsigned char>(0xE0 | (c >> 12));
+    bytes[1] = static_cast<unsigned char>(0x80 | ((c >> 6) & 0x3F));
+    bytes[2] = static_cast<unsigned char>(0x80 | (c & 0x3F));
+    return 3;
+}
 // The same over folded bytes, read from the front or from the back (for an index of endings).
 std::uint64_t HeadKey(std::string_view bytes) noexcept;
 std::uint64_t TailKey(std::string_view bytes) noexcept;

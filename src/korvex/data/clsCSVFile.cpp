@@ -181,13 +181,6 @@ std::pair<qsizetype, qsizetype> CountLinePlain(const CsvBlockBits* blocks, qsize
     return CountLine<false>(blocks, start, end);
 }
 
-#if defined(KORVEX_CSV_WIDE_SCAN)
-[[gnu::target("popcnt")]] std::pair<qsizetype, qsizetype> CountLinePopcnt(const CsvBlockBits* blocks, qsizetype start,
-                                                                           qsizetype end)
-{
-    return CountLine<true>(blocks, start, end);
-}
-#endif
 
 bool WideInstructions()
 {
@@ -214,7 +207,7 @@ constexpr qsizetype Padding = 64;
 clsCSVFile::clsCSVFile(QObject* parent) : clsCSVFile(ReadBufferSize, parent) {}
 
 clsCSVFile::clsCSVFile(qsizetype readSize, QObject* parent)
-    : QObject(parent), mReadSize(std::max<qsizetype>(readSize, 1)), mWide(WideInstructions())
+    : QObject(parent), mReadSize(std::max<qsizetype>(readSize, 1))
 {
 }
 
@@ -325,6 +318,12 @@ void clsCSVFile::ResetReadBuffer()
     mBufferEnd = 0;
     mScannedTo = 0;
     mQuoteParity = 0;
+    mLineEndCount = 0;
+    mNextLineEnd = 0;
+    mListedTo = 0;
+    mCommasAtLineStart = 0;
+    mCrsAtLineStart = 0;
+    mBlocks.front() = {};  // the counts start from 0 again
 }
 
 // Keeps the unread bytes (the start of a line) and reads more behind them. The bytes before the
@@ -338,14 +337,27 @@ bool clsCSVFile::Refill()
         mLineCopy = mLine.toByteArray();
         mLine = mLineCopy;
     }
+    // Only read when every line end found is taken: the list starts again.
+    Q_ASSERT(mNextLineEnd == mLineEndCount);
+    mNextLineEnd = 0;
+    mLineEndCount = 0;
     const qsizetype drop = mBufferPos & ~qsizetype{63};
     if (drop > 0) {
+        // The counts go on from where the dropped bytes leave them, also into a first block
+        // that no byte has reached yet.
+        const auto commasBefore = static_cast<quint32>(
+            CountBefore<false>(mBlocks.data(), drop, &CsvBlockBits::commas, &CsvBlockBits::commasBefore));
+        const auto crsBefore =
+            static_cast<quint32>(CountBefore<false>(mBlocks.data(), drop, &CsvBlockBits::crs, &CsvBlockBits::crsBefore));
         std::memmove(mBuffer.data(), mBuffer.constData() + drop, static_cast<std::size_t>(mBufferEnd - drop));
         const auto from = mBlocks.begin() + drop / 64;
         std::copy(from, from + (mBufferEnd - drop + 63) / 64, mBlocks.begin());
+        mBlocks.front().commasBefore = commasBefore;
+        mBlocks.front().crsBefore = crsBefore;
         mBufferPos -= drop;
         mBufferEnd -= drop;
         mScannedTo -= drop;
+        mListedTo -= drop;
     }
     // A line longer than the buffer: room for one more read behind it.
     if (mBuffer.size() - Padding - mBufferEnd < mReadSize) {
@@ -387,12 +399,32 @@ template <bool Popcnt>
     }
     const auto b = static_cast<std::size_t>(base / 64);
     CsvBlockBits& block = scan.blocks[b];
-    block = {commas & inBlock & ~inside, crs, lfs, 0, 0};
-    if (b > 0) {
-        const CsvBlockBits& previous = scan.blocks[b - 1];
-        block.commasBefore = previous.commasBefore + static_cast<quint32>(BitCount<Popcnt>(previous.commas));
-        block.crsBefore = previous.crsBefore + static_cast<quint32>(BitCount<Popcnt>(previous.crs));
+    // The first block of the buffer keeps the counts it came with (0 at the start of the file;
+    // a refill carries them to the front with the block).
+    const quint32 commasBefore = b > 0 ? scan.blocks[b - 1].commasBefore +
+                                             static_cast<quint32>(BitCount<Popcnt>(scan.blocks[b - 1].commas))
+                                       : block.commasBefore;
+    const quint32 crsBefore =
+        b > 0 ? scan.blocks[b - 1].crsBefore + static_cast<quint32>(BitCount<Popcnt>(scan.blocks[b - 1].crs))
+              : block.crsBefore;
+    block = {commas & inBlock & ~inside, crs, lfs, commasBefore, crsBefore};
+    // The line ends, with the counts before each; a block searched again lists only the new ones.
+    quint64 newLfs = lfs;
+    if (scan.listedTo > base)
+        newLfs &= scan.listedTo - base >= 64 ? 0 : ~quint64{0} << (scan.listedTo - base);
+    if (newLfs != 0) {
+        if (scan.lineEndCount + 64 > scan.lineEnds->size())
+            scan.lineEnds->resize(2 * scan.lineEnds->size() + 64);
+        CsvLineEnd* out = scan.lineEnds->data() + scan.lineEndCount;
+        for (; newLfs != 0; newLfs &= newLfs - 1) {
+            const int at = std::countr_zero(newLfs);
+            const quint64 before = (quint64{1} << at) - 1;
+            *out++ = {base + at, commasBefore + static_cast<quint32>(BitCount<Popcnt>(block.commas & before)),
+                      crsBefore + static_cast<quint32>(BitCount<Popcnt>(crs & before))};
+        }
+        scan.lineEndCount = static_cast<std::size_t>(out - scan.lineEnds->data());
     }
+    scan.listedTo = std::max(scan.listedTo, std::min(scan.end, base + 64));
     if (inBlock != ~quint64{0})
         return false;
     scan.parity = (lfs >> 63) ? 0 : Broadcast(inside, 63);
@@ -430,7 +462,8 @@ void clsCSVFile::ScanBlocks(ScanState& scan)
 
 void clsCSVFile::FindMarks()
 {
-    ScanState scan{mBuffer.constData(), mBufferEnd, mBlocks.data(), mScannedTo, mQuoteParity};
+    ScanState scan{mBuffer.constData(), mBufferEnd, mBlocks.data(), mScannedTo, mQuoteParity,
+                   &mLineEnds,          mLineEndCount, mListedTo};
 #if defined(KORVEX_CSV_WIDE_SCAN)
     if (WideInstructions())
         ScanBlocksWide(scan);
@@ -439,6 +472,8 @@ void clsCSVFile::FindMarks()
         ScanBlocks(scan);
     mScannedTo = scan.scannedTo;
     mQuoteParity = scan.parity;
+    mLineEndCount = scan.lineEndCount;
+    mListedTo = scan.listedTo;
 }
 
 bool clsCSVFile::FileExhausted()
@@ -446,32 +481,12 @@ bool clsCSVFile::FileExhausted()
     return mBufferPos == mBufferEnd && !Refill();
 }
 
-// Where the next LF at or after `from` lies, reading on when the buffer holds none (the line's
-// start then moves with the bytes kept); the end of the file when none comes.
-qsizetype clsCSVFile::FindLineEnd(qsizetype& from)
+// Reads on while no LF is known behind the current line's start, until one comes or the file
+// ends; the line's start moves with the bytes kept.
+void clsCSVFile::ReadOnToLineEnd()
 {
-    auto blocks = static_cast<std::size_t>(mBufferEnd + 63) / 64;
-    auto b = static_cast<std::size_t>(from) / 64;
-    quint64 lfs = b < blocks ? mBlocks[b].lfs & (~quint64{0} << (from & 63)) : 0;
-    while (lfs == 0) {
-        if (++b < blocks) {
-            lfs = mBlocks[b].lfs;
-            continue;
-        }
-        // Everything read is passed: read on, and go on from the same byte.
-        qsizetype resume = mBufferEnd;
-        const qsizetype before = mBufferPos;
-        const bool more = Refill();
-        // The kept bytes moved to the front, whether or not more came.
-        from -= before - mBufferPos;
-        resume -= before - mBufferPos;
-        if (!more)
-            return mBufferEnd;
-        blocks = static_cast<std::size_t>(mBufferEnd + 63) / 64;
-        b = static_cast<std::size_t>(resume) / 64;
-        lfs = mBlocks[b].lfs & (~quint64{0} << (resume & 63));
+    while (mNextLineEnd == mLineEndCount && Refill()) {
     }
-    return static_cast<qsizetype>(b * 64) + std::countr_zero(lfs);
 }
 
 // Hands `visit` the marks that `select` picks from each block between `from` and `to`, as bits
@@ -518,20 +533,27 @@ inline void clsCSVFile::FinishRecord()
 // line.
 void clsCSVFile::ReadRecord()
 {
-    qsizetype start = mBufferPos;
-    // Mostly the LF lies in the block where the line starts.
-    const std::size_t startBlock = static_cast<std::size_t>(start) / 64;
-    const quint64 nearLfs = start < mBufferEnd ? mBlocks[startBlock].lfs & (~quint64{0} << (start & 63)) : 0;
-    const qsizetype end = nearLfs != 0 ? static_cast<qsizetype>(startBlock * 64) + std::countr_zero(nearLfs)
-                                       : FindLineEnd(start);
-    mBufferPos = end < mBufferEnd ? end + 1 : mBufferEnd;
+    if (mNextLineEnd == mLineEndCount)
+        ReadOnToLineEnd();
+    const qsizetype start = mBufferPos;
+    qsizetype end = mBufferEnd;
+    qsizetype commas = 0;
+    qsizetype crs = 0;
+    if (mNextLineEnd < mLineEndCount) {
+        const CsvLineEnd& lineEnd = mLineEnds[mNextLineEnd++];
+        end = lineEnd.lf;
+        // Differences of counts that may have wrapped round: a line's own are small.
+        commas = static_cast<quint32>(lineEnd.commas - mCommasAtLineStart);
+        crs = static_cast<quint32>(lineEnd.crs - mCrsAtLineStart);
+        mCommasAtLineStart = lineEnd.commas;
+        mCrsAtLineStart = lineEnd.crs;
+        mBufferPos = end + 1;
+    } else {
+        // The last line, without an LF.
+        std::tie(commas, crs) = CountLinePlain(mBlocks.data(), start, end);
+        mBufferPos = end;
+    }
     const char* data = mBuffer.constData();
-#if defined(KORVEX_CSV_WIDE_SCAN)
-    const auto [commas, crs] = mWide ? CountLinePopcnt(mBlocks.data(), start, end)
-                                                  : CountLinePlain(mBlocks.data(), start, end);
-#else
-    const auto [commas, crs] = CountLinePlain(mBlocks.data(), start, end);
-#endif
     const qsizetype length = end - start - crs;
     // The line's last byte other than a CR; usually its CRs (if any) all stand at its end.
     qsizetype last = end - 1;

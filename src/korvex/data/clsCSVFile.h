@@ -23,6 +23,14 @@ struct CsvBlockBits {
     quint32 commasBefore = 0, crsBefore = 0;
 };
 
+// One line end found by the search: where its LF lies, and how many separating commas and CRs
+// stand before it (counted as CsvBlockBits counts them), so that moving to a line costs no
+// search and no count of its own.
+struct CsvLineEnd {
+    qsizetype lf = 0;
+    quint32 commas = 0, crs = 0;
+};
+
 class clsCSVFile : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool EOFCSV READ EOFCSV)
@@ -97,7 +105,7 @@ private:
     bool Refill();
     void FindMarks();
     bool FileExhausted();
-    qsizetype FindLineEnd(qsizetype& from);
+    void ReadOnToLineEnd();
     void ReadRecord();
     void FinishRecord();
     void FindSpans() const;
@@ -116,7 +124,6 @@ private:
     // and grows when one line does not fit.
     QByteArray mBuffer;
     qsizetype mReadSize;
-    bool mWide;  // the processor has the instructions for the wide search
     qsizetype mBufferPos = 0;
     qsizetype mBufferEnd = 0;
     // The marks, one entry for each 64 bytes of the buffer. Blocks before mScannedTo are searched whole; mQuoteParity (all ones inside quotes) is the
@@ -130,6 +137,9 @@ private:
         CsvBlockBits* blocks;
         qsizetype scannedTo;
         quint64 parity;
+        std::vector<CsvLineEnd>* lineEnds;
+        std::size_t lineEndCount;
+        qsizetype listedTo;  // LFs before this are listed already
     };
     static void ScanBlocks(ScanState& scan);
     static void ScanBlocksWide(ScanState& scan);
@@ -141,6 +151,14 @@ private:
     void ForEachBlock(qsizetype from, qsizetype to, Select select, Visit visit) const;
     qsizetype mScannedTo = 0;
     quint64 mQuoteParity = 0;
+    // The line ends found and not yet read, from mNextLineEnd to mLineEndCount, and the counts
+    // at the start of the line to be read next.
+    std::vector<CsvLineEnd> mLineEnds;
+    std::size_t mLineEndCount = 0;
+    std::size_t mNextLineEnd = 0;
+    qsizetype mListedTo = 0;
+    quint32 mCommasAtLineStart = 0;
+    quint32 mCrsAtLineStart = 0;
 
     // The current line without its CRs (a view of the read buffer or of mLineCopy), and the
     // fields found in it.

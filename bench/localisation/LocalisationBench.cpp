@@ -153,12 +153,17 @@ void BM_CSVWalk(benchmark::State& state)
 }
 BENCHMARK(BM_CSVWalk)->Unit(benchmark::kMillisecond);
 
+// A caller that looks at every field of every record, through the view that decodes fields
+// without a string each; it reads each field's length and its last character, so that the
+// decoding cannot be left undone.
 void BM_CSVWalkReadingEveryField(benchmark::State& state)
 {
     WalkCsvFile(state, [](const clsCSVFile& csv) {
         qsizetype characters = 0;
-        for (short i = 0; i < csv.FieldsCount(); ++i)
-            characters += csv.FieldText(i).size();
+        for (short i = 0; i < csv.FieldsCount(); ++i) {
+            const QStringView field = csv.FieldView(i);
+            characters += field.size() + (field.isEmpty() ? 0 : field.back().unicode());
+        }
         return characters;
     });
 }

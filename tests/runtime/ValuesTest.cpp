@@ -69,6 +69,20 @@ TEST(Values, Windows1252RoundTripsEveryByte)
     EXPECT_EQ(text[0xE9], QChar(0xE9));
     EXPECT_EQ(ToWindows1252(text), all);
     EXPECT_EQ(ToWindows1252(u"Ł€"), QByteArray("?\x80")) << "characters the code page lacks become ?";
+
+    // Texts of every length up to three blocks of sixteen, with bytes of 0x80 to 0x9F falling on
+    // every place of a block and of its overlapping last block, read as their bytes one by one.
+    for (qsizetype n = 0; n <= 48; ++n) {
+        for (int shift = 0; shift < 8; ++shift) {
+            QByteArray bytes(n, Qt::Uninitialized);
+            for (qsizetype i = 0; i < n; ++i)
+                bytes[i] = static_cast<char>((i * 29 + shift * 7 + 0x80) % 256);
+            QString expected;
+            for (char b : bytes)
+                expected += FromWindows1252(QByteArray(1, b));
+            ASSERT_EQ(FromWindows1252(bytes), expected) << n << " bytes, shift " << shift;
+        }
+    }
 }
 
 TEST(Values, TwipsRoundHalvesToEvenWithSeparateRatios)

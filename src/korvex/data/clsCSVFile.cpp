@@ -126,6 +126,14 @@ BlockMasks PlainMasks(const char* block)
     return {WideMask(low, high, '"'), WideMask(low, high, ','), WideMask(low, high, '\r'), WideMask(low, high, '\n')};
 }
 
+// With AVX-512 one comparison covers the whole block and gives its mask at once.
+[[gnu::target("avx512bw"), gnu::always_inline]] inline BlockMasks WidestMasks(const char* block)
+{
+    const __m512i bytes = _mm512_loadu_si512(block);
+    return {_mm512_cmpeq_epi8_mask(bytes, _mm512_set1_epi8('"')), _mm512_cmpeq_epi8_mask(bytes, _mm512_set1_epi8(',')),
+            _mm512_cmpeq_epi8_mask(bytes, _mm512_set1_epi8('\r')), _mm512_cmpeq_epi8_mask(bytes, _mm512_set1_epi8('\n'))};
+}
+
 [[gnu::target("pclmul"), gnu::always_inline]] inline quint64 WideParity(quint64 bits)
 {
     const __m128i product = _mm_clmulepi64_si128(_mm_set_epi64x(0, static_cast<long long>(bits)),
@@ -181,22 +189,19 @@ std::pair<qsizetype, qsizetype> CountLinePlain(const CsvBlockBits* blocks, qsize
     return CountLine<false>(blocks, start, end);
 }
 
-#if defined(KORVEX_CSV_WIDE_SCAN)
-[[gnu::target("popcnt")]] std::pair<qsizetype, qsizetype> CountLinePopcnt(const CsvBlockBits* blocks, qsizetype start,
-                                                                           qsizetype end)
-{
-    return CountLine<true>(blocks, start, end);
-}
-#endif
 
-bool WideInstructions()
+// Which of the searches the processor can run: 0 the plain one, 1 with AVX2, 2 with AVX-512.
+int WideInstructions()
 {
 #if defined(KORVEX_CSV_WIDE_SCAN)
-    static const bool wide =
-        __builtin_cpu_supports("avx2") && __builtin_cpu_supports("pclmul") && __builtin_cpu_supports("popcnt");
-    return wide;
+    static const int level = [] {
+        if (!__builtin_cpu_supports("avx2") || !__builtin_cpu_supports("pclmul") || !__builtin_cpu_supports("popcnt"))
+            return 0;
+        return __builtin_cpu_supports("avx512bw") ? 2 : 1;
+    }();
+    return level;
 #else
-    return false;
+    return 0;
 #endif
 }
 
@@ -206,6 +211,24 @@ quint64 Broadcast(quint64 bits, int i)
     return quint64{0} - ((bits >> i) & 1);
 }
 
+// Where the first double quote among the `length` characters of `text` lies (`length` when
+// none): eight at a time, reading on behind the text, where the caller keeps room for it.
+qsizetype FirstQuote(const char16_t* text, qsizetype length)
+{
+    qsizetype i = 0;
+#if defined(__SSE2__)
+    const __m128i quote = _mm_set1_epi16(u'"');
+    for (; i < length; i += 8) {
+        const __m128i chars = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text + i));
+        if (const auto found = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi16(chars, quote))))
+            return std::min(length, i + std::countr_zero(found) / 2);
+    }
+    return length;
+#else
+    return std::find(text, text + length, u'"') - text;
+#endif
+}
+
 // Room kept behind the buffer's bytes, so that a block of 64 bytes can always be loaded.
 constexpr qsizetype Padding = 64;
 
@@ -213,8 +236,8 @@ constexpr qsizetype Padding = 64;
 
 clsCSVFile::clsCSVFile(QObject* parent) : clsCSVFile(ReadBufferSize, parent) {}
 
-clsCSVFile::clsCSVFile(qsizetype readSize, QObject* parent)
-    : QObject(parent), mReadSize(std::max<qsizetype>(readSize, 1)), mWide(WideInstructions())
+clsCSVFile::clsCSVFile(qsizetype readSize, QObject* parent, int search)
+    : QObject(parent), mReadSize(std::max<qsizetype>(readSize, 1)), mSearch(std::clamp(search, 0, WideInstructions()))
 {
 }
 
@@ -325,6 +348,12 @@ void clsCSVFile::ResetReadBuffer()
     mBufferEnd = 0;
     mScannedTo = 0;
     mQuoteParity = 0;
+    mLineEndCount = 0;
+    mNextLineEnd = 0;
+    mListedTo = 0;
+    mCommasAtLineStart = 0;
+    mCrsAtLineStart = 0;
+    mBlocks.front() = {};  // the counts start from 0 again
 }
 
 // Keeps the unread bytes (the start of a line) and reads more behind them. The bytes before the
@@ -338,14 +367,27 @@ bool clsCSVFile::Refill()
         mLineCopy = mLine.toByteArray();
         mLine = mLineCopy;
     }
+    // Only read when every line end found is taken: the list starts again.
+    Q_ASSERT(mNextLineEnd == mLineEndCount);
+    mNextLineEnd = 0;
+    mLineEndCount = 0;
     const qsizetype drop = mBufferPos & ~qsizetype{63};
     if (drop > 0) {
+        // The counts go on from where the dropped bytes leave them, also into a first block
+        // that no byte has reached yet.
+        const auto commasBefore = static_cast<quint32>(
+            CountBefore<false>(mBlocks.data(), drop, &CsvBlockBits::commas, &CsvBlockBits::commasBefore));
+        const auto crsBefore =
+            static_cast<quint32>(CountBefore<false>(mBlocks.data(), drop, &CsvBlockBits::crs, &CsvBlockBits::crsBefore));
         std::memmove(mBuffer.data(), mBuffer.constData() + drop, static_cast<std::size_t>(mBufferEnd - drop));
         const auto from = mBlocks.begin() + drop / 64;
         std::copy(from, from + (mBufferEnd - drop + 63) / 64, mBlocks.begin());
+        mBlocks.front().commasBefore = commasBefore;
+        mBlocks.front().crsBefore = crsBefore;
         mBufferPos -= drop;
         mBufferEnd -= drop;
         mScannedTo -= drop;
+        mListedTo -= drop;
     }
     // A line longer than the buffer: room for one more read behind it.
     if (mBuffer.size() - Padding - mBufferEnd < mReadSize) {
@@ -364,8 +406,9 @@ bool clsCSVFile::Refill()
 // comma separates when the quotes before it on its line are even in number (then the count
 // since its field's start is even too), so the quotes' running parity is carried from block to
 // block and starts again behind every LF. A block that the buffer holds only in part is
-// searched again, from the same parity, when more bytes have come. Both ways of searching
-// share this step; it says whether the block was whole.
+// searched again, from the same parity, when more bytes have come. Every way of searching
+// shares this step; it says whether the block was whole. `inside` comes as the parity of the
+// quotes from the block's first byte on.
 template <bool Popcnt>
 [[gnu::always_inline]] inline bool clsCSVFile::StoreBlock(ScanState& scan, qsizetype base, quint64 inBlock,
                                                            quint64 commas, quint64 crs, quint64 lfs, quint64 inside)
@@ -385,14 +428,37 @@ template <bool Popcnt>
         const int at = std::countr_zero(rest);
         inside ^= Broadcast(inside, at) & ((~quint64{0} << at) << 1);
     }
+    // The parity carried in from the blocks before counts only up to the first LF. Taken in last,
+    // it keeps each block's work from waiting for the block before.
+    inside ^= scan.parity & (lfs ^ (lfs - 1));
     const auto b = static_cast<std::size_t>(base / 64);
     CsvBlockBits& block = scan.blocks[b];
-    block = {commas & inBlock & ~inside, crs, lfs, 0, 0};
-    if (b > 0) {
-        const CsvBlockBits& previous = scan.blocks[b - 1];
-        block.commasBefore = previous.commasBefore + static_cast<quint32>(BitCount<Popcnt>(previous.commas));
-        block.crsBefore = previous.crsBefore + static_cast<quint32>(BitCount<Popcnt>(previous.crs));
+    // The first block of the buffer keeps the counts it came with (0 at the start of the file;
+    // a refill carries them to the front with the block).
+    const quint32 commasBefore = b > 0 ? scan.blocks[b - 1].commasBefore +
+                                             static_cast<quint32>(BitCount<Popcnt>(scan.blocks[b - 1].commas))
+                                       : block.commasBefore;
+    const quint32 crsBefore =
+        b > 0 ? scan.blocks[b - 1].crsBefore + static_cast<quint32>(BitCount<Popcnt>(scan.blocks[b - 1].crs))
+              : block.crsBefore;
+    block = {commas & inBlock & ~inside, crs, lfs, commasBefore, crsBefore};
+    // The line ends, with the counts before each; a block searched again lists only the new ones.
+    quint64 newLfs = lfs;
+    if (scan.listedTo > base)
+        newLfs &= scan.listedTo - base >= 64 ? 0 : ~quint64{0} << (scan.listedTo - base);
+    if (newLfs != 0) {
+        if (scan.lineEndCount + 64 > scan.lineEnds->size())
+            scan.lineEnds->resize(2 * scan.lineEnds->size() + 64);
+        CsvLineEnd* out = scan.lineEnds->data() + scan.lineEndCount;
+        for (; newLfs != 0; newLfs &= newLfs - 1) {
+            const int at = std::countr_zero(newLfs);
+            const quint64 before = (quint64{1} << at) - 1;
+            *out++ = {base + at, commasBefore + static_cast<quint32>(BitCount<Popcnt>(block.commas & before)),
+                      crsBefore + static_cast<quint32>(BitCount<Popcnt>(crs & before))};
+        }
+        scan.lineEndCount = static_cast<std::size_t>(out - scan.lineEnds->data());
     }
+    scan.listedTo = std::max(scan.listedTo, std::min(scan.end, base + 64));
     if (inBlock != ~quint64{0})
         return false;
     scan.parity = (lfs >> 63) ? 0 : Broadcast(inside, 63);
@@ -411,7 +477,7 @@ void clsCSVFile::ScanBlocks(ScanState& scan)
     for (qsizetype base = scan.scannedTo; base < scan.end; base += 64) {
         const quint64 inBlock = InBlock(scan, base);
         const BlockMasks m = PlainMasks(scan.data + base);
-        if (!StoreBlock<false>(scan, base, inBlock, m.commas, m.crs, m.lfs, PrefixXor(m.quotes & inBlock) ^ scan.parity))
+        if (!StoreBlock<false>(scan, base, inBlock, m.commas, m.crs, m.lfs, PrefixXor(m.quotes & inBlock)))
             return;
     }
 }
@@ -422,7 +488,17 @@ void clsCSVFile::ScanBlocks(ScanState& scan)
     for (qsizetype base = scan.scannedTo; base < scan.end; base += 64) {
         const quint64 inBlock = InBlock(scan, base);
         const BlockMasks m = WideMasks(scan.data + base);
-        if (!StoreBlock<true>(scan, base, inBlock, m.commas, m.crs, m.lfs, WideParity(m.quotes & inBlock) ^ scan.parity))
+        if (!StoreBlock<true>(scan, base, inBlock, m.commas, m.crs, m.lfs, WideParity(m.quotes & inBlock)))
+            return;
+    }
+}
+
+[[gnu::target("avx512bw,pclmul,popcnt")]] void clsCSVFile::ScanBlocksWidest(ScanState& scan)
+{
+    for (qsizetype base = scan.scannedTo; base < scan.end; base += 64) {
+        const quint64 inBlock = InBlock(scan, base);
+        const BlockMasks m = WidestMasks(scan.data + base);
+        if (!StoreBlock<true>(scan, base, inBlock, m.commas, m.crs, m.lfs, WideParity(m.quotes & inBlock)))
             return;
     }
 }
@@ -430,15 +506,19 @@ void clsCSVFile::ScanBlocks(ScanState& scan)
 
 void clsCSVFile::FindMarks()
 {
-    ScanState scan{mBuffer.constData(), mBufferEnd, mBlocks.data(), mScannedTo, mQuoteParity};
+    ScanState scan{mBuffer.constData(), mBufferEnd, mBlocks.data(), mScannedTo, mQuoteParity,
+                   &mLineEnds,          mLineEndCount, mListedTo};
+    switch (mSearch) {
 #if defined(KORVEX_CSV_WIDE_SCAN)
-    if (WideInstructions())
-        ScanBlocksWide(scan);
-    else
+    case 2: ScanBlocksWidest(scan); break;
+    case 1: ScanBlocksWide(scan); break;
 #endif
-        ScanBlocks(scan);
+    default: ScanBlocks(scan); break;
+    }
     mScannedTo = scan.scannedTo;
     mQuoteParity = scan.parity;
+    mLineEndCount = scan.lineEndCount;
+    mListedTo = scan.listedTo;
 }
 
 bool clsCSVFile::FileExhausted()
@@ -446,32 +526,12 @@ bool clsCSVFile::FileExhausted()
     return mBufferPos == mBufferEnd && !Refill();
 }
 
-// Where the next LF at or after `from` lies, reading on when the buffer holds none (the line's
-// start then moves with the bytes kept); the end of the file when none comes.
-qsizetype clsCSVFile::FindLineEnd(qsizetype& from)
+// Reads on while no LF is known behind the current line's start, until one comes or the file
+// ends; the line's start moves with the bytes kept.
+void clsCSVFile::ReadOnToLineEnd()
 {
-    auto blocks = static_cast<std::size_t>(mBufferEnd + 63) / 64;
-    auto b = static_cast<std::size_t>(from) / 64;
-    quint64 lfs = b < blocks ? mBlocks[b].lfs & (~quint64{0} << (from & 63)) : 0;
-    while (lfs == 0) {
-        if (++b < blocks) {
-            lfs = mBlocks[b].lfs;
-            continue;
-        }
-        // Everything read is passed: read on, and go on from the same byte.
-        qsizetype resume = mBufferEnd;
-        const qsizetype before = mBufferPos;
-        const bool more = Refill();
-        // The kept bytes moved to the front, whether or not more came.
-        from -= before - mBufferPos;
-        resume -= before - mBufferPos;
-        if (!more)
-            return mBufferEnd;
-        blocks = static_cast<std::size_t>(mBufferEnd + 63) / 64;
-        b = static_cast<std::size_t>(resume) / 64;
-        lfs = mBlocks[b].lfs & (~quint64{0} << (resume & 63));
+    while (mNextLineEnd == mLineEndCount && Refill()) {
     }
-    return static_cast<qsizetype>(b * 64) + std::countr_zero(lfs);
 }
 
 // Hands `visit` the marks that `select` picks from each block between `from` and `to`, as bits
@@ -518,20 +578,27 @@ inline void clsCSVFile::FinishRecord()
 // line.
 void clsCSVFile::ReadRecord()
 {
-    qsizetype start = mBufferPos;
-    // Mostly the LF lies in the block where the line starts.
-    const std::size_t startBlock = static_cast<std::size_t>(start) / 64;
-    const quint64 nearLfs = start < mBufferEnd ? mBlocks[startBlock].lfs & (~quint64{0} << (start & 63)) : 0;
-    const qsizetype end = nearLfs != 0 ? static_cast<qsizetype>(startBlock * 64) + std::countr_zero(nearLfs)
-                                       : FindLineEnd(start);
-    mBufferPos = end < mBufferEnd ? end + 1 : mBufferEnd;
+    if (mNextLineEnd == mLineEndCount)
+        ReadOnToLineEnd();
+    const qsizetype start = mBufferPos;
+    qsizetype end = mBufferEnd;
+    qsizetype commas = 0;
+    qsizetype crs = 0;
+    if (mNextLineEnd < mLineEndCount) {
+        const CsvLineEnd& lineEnd = mLineEnds[mNextLineEnd++];
+        end = lineEnd.lf;
+        // Differences of counts that may have wrapped round: a line's own are small.
+        commas = static_cast<quint32>(lineEnd.commas - mCommasAtLineStart);
+        crs = static_cast<quint32>(lineEnd.crs - mCrsAtLineStart);
+        mCommasAtLineStart = lineEnd.commas;
+        mCrsAtLineStart = lineEnd.crs;
+        mBufferPos = end + 1;
+    } else {
+        // The last line, without an LF.
+        std::tie(commas, crs) = CountLinePlain(mBlocks.data(), start, end);
+        mBufferPos = end;
+    }
     const char* data = mBuffer.constData();
-#if defined(KORVEX_CSV_WIDE_SCAN)
-    const auto [commas, crs] = mWide ? CountLinePopcnt(mBlocks.data(), start, end)
-                                                  : CountLinePlain(mBlocks.data(), start, end);
-#else
-    const auto [commas, crs] = CountLinePlain(mBlocks.data(), start, end);
-#endif
     const qsizetype length = end - start - crs;
     // The line's last byte other than a CR; usually its CRs (if any) all stand at its end.
     qsizetype last = end - 1;
@@ -571,6 +638,21 @@ void clsCSVFile::FindSpans() const
     qsizetype fieldStart = 0;
     qsizetype removed = 0;
     const qsizetype start = mLineStart;
+    if (mLine.data() == mBuffer.constData() + start) {
+        // The usual line: its CRs, if any, all stand behind its last field.
+        ForEachBlock(start, start + mLine.size(), [](const CsvBlockBits& block) { return block.commas; },
+                     [&](qsizetype base, quint64 bits) {
+                         for (; bits != 0; bits &= bits - 1) {
+                             const qsizetype comma = base + std::countr_zero(bits) - start;
+                             *span++ = {fieldStart, comma - fieldStart};
+                             fieldStart = comma + 1;
+                         }
+                     });
+        if (fieldStart < mLine.size())
+            *span++ = {fieldStart, mLine.size() - fieldStart};
+        Q_ASSERT(static_cast<std::size_t>(span - mSpans.data()) == mSpanCount);
+        return;
+    }
     ForEachBlock(start, mLineEnd, [](const CsvBlockBits& block) { return block.commas | block.crs; },
                  [&](qsizetype base, quint64 bits) {
                      const quint64 crBits = mBlocks[static_cast<std::size_t>(base / 64)].crs;
@@ -628,6 +710,55 @@ QByteArrayView clsCSVFile::FieldBytes(const FieldSpan& span, QByteArray& scratch
     return bytes;
 }
 
+// Decodes the whole line at once and places every field in it: a quoted field loses its quotes
+// and keeps one of each doubled quote inside, in place (it only shrinks); a field whose
+// apostrophes are to be doubled is written behind the line.
+void clsCSVFile::DecodeFields() const
+{
+    FindSpans();
+    const qsizetype n = mLine.size();
+    // Eight characters of room stay behind the rest, for FirstQuote to look past a field's end.
+    const std::size_t room = static_cast<std::size_t>((mParsedWithDoubledApostrophes ? 3 * n : n) + 8);
+    if (mDecoded.size() < room)
+        mDecoded.resize(room);
+    char16_t* line = mDecoded.data();
+    FromWindows1252(mLine, line);
+    char16_t* behind = line + n;
+    if (mViews.size() < mSpanCount)
+        mViews.resize(mSpans.size());
+    const char* bytes = mLine.data();
+    for (std::size_t i = 0; i < mSpanCount; ++i) {
+        const FieldSpan& span = mSpans[i];
+        char16_t* text = line + span.start;
+        qsizetype length = span.length;
+        // Asked of the bytes, which were read long ago, rather than of the characters just written.
+        if (length >= 2 && bytes[span.start] == '"' && bytes[span.start + length - 1] == '"') {
+            ++text;
+            length -= 2;
+            // Nothing moves before the first quote inside, and most quoted fields have none.
+            qsizetype out = FirstQuote(text, length);
+            for (qsizetype in = out; in < length; ++in) {
+                const char16_t c = text[in];
+                text[out++] = c;
+                in += c == u'"' && in + 1 < length && text[in + 1] == u'"' ? 1 : 0;
+            }
+            length = out;
+        }
+        if (mParsedWithDoubledApostrophes && std::find(text, text + length, u'\'') != text + length) {
+            char16_t* doubled = behind;
+            for (qsizetype k = 0; k < length; ++k) {
+                *behind++ = text[k];
+                if (text[k] == u'\'')
+                    *behind++ = u'\'';
+            }
+            text = doubled;
+            length = behind - doubled;
+        }
+        mViews[i] = QStringView(text, length);
+    }
+    mViewsRecord = mRecord;
+}
+
 const QString& clsCSVFile::MaterialisedField(int index) const
 {
     static const QString blank;
@@ -635,9 +766,11 @@ const QString& clsCSVFile::MaterialisedField(int index) const
     if (i >= mSpanCount)
         return blank;
     if (mFieldRecord[i] != mRecord) {
-        FindSpans();
-        // Decoding into the field's old text reuses its storage when nobody else holds it.
-        FromWindows1252(FieldBytes(mSpans[i], mScratch), mFields[i]);
+        // Copied into the field's old text, which keeps its storage when nobody else holds it.
+        const QStringView view = FieldView(static_cast<short>(index));
+        QString& field = mFields[i];
+        field.resize(view.size());
+        std::copy(view.begin(), view.end(), field.begin());
         mFieldRecord[i] = mRecord;
     }
     return mFields[i];
@@ -713,7 +846,7 @@ void clsCSVFile::SetDoubleApostrophes(bool value)
     mDoubleApostrophes = value;
     if (!mHandleTaken || mAtEnd)
         return;
-    // Fields beyond the line's own are blank and stay so.
+    // Fields beyond the line's own are blank and stay so. The views show the changed texts.
     for (std::size_t i = 0; i < mSpanCount; ++i) {
         (void)MaterialisedField(static_cast<int>(i));
         QString& field = mFields[i];
@@ -721,6 +854,7 @@ void clsCSVFile::SetDoubleApostrophes(bool value)
             field.replace(QLatin1Char('\''), QStringLiteral("''"));
         else
             field.replace(QStringLiteral("''"), QStringLiteral("'"));
+        mViews[i] = field;
     }
 }
 

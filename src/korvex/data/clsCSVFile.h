@@ -23,6 +23,14 @@ struct CsvBlockBits {
     quint32 commasBefore = 0, crsBefore = 0;
 };
 
+// One line end found by the search: where its LF lies, and how many separating commas and CRs
+// stand before it (counted as CsvBlockBits counts them), so that moving to a line costs no
+// search and no count of its own.
+struct CsvLineEnd {
+    qsizetype lf = 0;
+    quint32 commas = 0, crs = 0;
+};
+
 class clsCSVFile : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool EOFCSV READ EOFCSV)
@@ -35,8 +43,9 @@ class clsCSVFile : public QObject {
 public:
     explicit clsCSVFile(QObject* parent = nullptr);
     // For tests: reads of `bytes` at a time instead of the usual 64 KB, so that small files
-    // cross many read boundaries.
-    clsCSVFile(qsizetype readSize, QObject* parent);
+    // cross many read boundaries; `search` picks the plainer searches (0 plain, 1 with AVX2, 2
+    // with AVX-512; never more than the processor has), so that each is tried on one machine.
+    clsCSVFile(qsizetype readSize, QObject* parent, int search = 2);
     ~clsCSVFile() override;
 
     // Mode 0 opens the file for this reader alone, mode 1 shares it; the first record becomes
@@ -72,6 +81,18 @@ public:
     // text without the Variant around it (raising as Fields does), valid until the reader
     // moves.
     int HighestFieldIndex() const { return mHighestFieldIndex; }
+    // The same text as a view, for a reader that looks at many fields and keeps few: the whole
+    // line is decoded from the code page when its first field is asked for, and no string is
+    // made per field. Valid until the reader moves, closes or DoubleApostrophes is set.
+    QStringView FieldView(short Index) const
+    {
+        if (!mHandleTaken || Index < 0 || Index > mHighestFieldIndex)
+            RaiseFieldText(Index);
+        if (mViewsRecord != mRecord)
+            DecodeFields();
+        const auto i = static_cast<std::size_t>(Index);
+        return i < mSpanCount ? mViews[i] : QStringView();
+    }
     const QString& FieldText(short Index) const
     {
         if (!mHandleTaken || Index < 0 || Index > mHighestFieldIndex)
@@ -97,11 +118,12 @@ private:
     bool Refill();
     void FindMarks();
     bool FileExhausted();
-    qsizetype FindLineEnd(qsizetype& from);
+    void ReadOnToLineEnd();
     void ReadRecord();
     void FinishRecord();
     void FindSpans() const;
     QByteArrayView FieldBytes(const FieldSpan& span, QByteArray& scratch) const;
+    void DecodeFields() const;
     const QString& MaterialisedField(int index) const;
     void ResetReadBuffer();
 
@@ -116,7 +138,6 @@ private:
     // and grows when one line does not fit.
     QByteArray mBuffer;
     qsizetype mReadSize;
-    bool mWide;  // the processor has the instructions for the wide search
     qsizetype mBufferPos = 0;
     qsizetype mBufferEnd = 0;
     // The marks, one entry for each 64 bytes of the buffer. Blocks before mScannedTo are searched whole; mQuoteParity (all ones inside quotes) is the
@@ -130,9 +151,14 @@ private:
         CsvBlockBits* blocks;
         qsizetype scannedTo;
         quint64 parity;
+        std::vector<CsvLineEnd>* lineEnds;
+        std::size_t lineEndCount;
+        qsizetype listedTo;  // LFs before this are listed already
     };
     static void ScanBlocks(ScanState& scan);
     static void ScanBlocksWide(ScanState& scan);
+    static void ScanBlocksWidest(ScanState& scan);
+    int mSearch;  // which of them: 0, 1 or 2
     static quint64 InBlock(const ScanState& scan, qsizetype base);
     template <bool Popcnt>
     static bool StoreBlock(ScanState& scan, qsizetype base, quint64 inBlock, quint64 commas, quint64 crs, quint64 lfs,
@@ -141,6 +167,14 @@ private:
     void ForEachBlock(qsizetype from, qsizetype to, Select select, Visit visit) const;
     qsizetype mScannedTo = 0;
     quint64 mQuoteParity = 0;
+    // The line ends found and not yet read, from mNextLineEnd to mLineEndCount, and the counts
+    // at the start of the line to be read next.
+    std::vector<CsvLineEnd> mLineEnds;
+    std::size_t mLineEndCount = 0;
+    std::size_t mNextLineEnd = 0;
+    qsizetype mListedTo = 0;
+    quint32 mCommasAtLineStart = 0;
+    quint32 mCrsAtLineStart = 0;
 
     // The current line without its CRs (a view of the read buffer or of mLineCopy), and the
     // fields found in it.
@@ -159,7 +193,12 @@ private:
     // when its entry in mFieldRecord equals mRecord, the number of lines parsed so far.
     mutable std::vector<QString> mFields;
     mutable std::vector<quint64> mFieldRecord;
-    mutable QByteArray mScratch;
+    // The current line decoded, its quoted fields unquoted in place, with room behind it for
+    // fields whose apostrophes are doubled; the fields as views of it, current while
+    // mViewsRecord equals mRecord.
+    mutable std::vector<char16_t> mDecoded;
+    mutable std::vector<QStringView> mViews;
+    mutable quint64 mViewsRecord = 0;
     quint64 mRecord = 0;
     int mHighestFieldIndex = -1;
 

@@ -3,6 +3,8 @@
 
 #include <QHash>
 
+#include <bit>
+
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
@@ -38,29 +40,42 @@ QString FromWindows1252(QByteArrayView bytes)
 
 void FromWindows1252(QByteArrayView bytes, QString& text)
 {
+    text.resize(bytes.size());
+    FromWindows1252(bytes, reinterpret_cast<char16_t*>(text.data()));
+}
+
+void FromWindows1252(QByteArrayView bytes, char16_t* out)
+{
     const qsizetype n = bytes.size();
-    text.resize(n);
-    char16_t* out = reinterpret_cast<char16_t*>(text.data());
     const auto* in = reinterpret_cast<const unsigned char*>(bytes.data());
-    qsizetype i = 0;
-#if defined(__SSE2__)
-    // Sixteen bytes at a time are widened as Latin-1 when none of them lies in 0x80 to 0x9F;
-    // a block that holds one goes through the table below.
-    const __m128i zero = _mm_setzero_si128();
-    const __m128i top3 = _mm_set1_epi8(static_cast<char>(0xE0));
-    const __m128i high = _mm_set1_epi8(static_cast<char>(0x80));
-    for (; i + 16 <= n; i += 16) {
-        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + i));
-        if (_mm_movemask_epi8(_mm_cmpeq_epi8(_mm_and_si128(block, top3), high)) != 0)
-            break;
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i), _mm_unpacklo_epi8(block, zero));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i + 8), _mm_unpackhi_epi8(block, zero));
-    }
-#endif
-    for (; i < n; ++i) {
+    const auto fromTable = [&](qsizetype i) {
         const unsigned char b = in[i];
         out[i] = (b >= 0x80 && b < 0xA0) ? HighControls[b - 0x80] : static_cast<char16_t>(b);
+    };
+#if defined(__SSE2__)
+    if (n >= 16) {
+        // Sixteen bytes at a time are widened as Latin-1; the few in 0x80 to 0x9F are then put
+        // right from the table. The last sixteen overlap the ones before rather than leave a
+        // tail to go byte by byte.
+        const __m128i zero = _mm_setzero_si128();
+        const __m128i top3 = _mm_set1_epi8(static_cast<char>(0xE0));
+        const __m128i high = _mm_set1_epi8(static_cast<char>(0x80));
+        for (qsizetype i = 0;; i += 16) {
+            if (i + 16 > n)
+                i = n - 16;
+            const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + i));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i), _mm_unpacklo_epi8(block, zero));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i + 8), _mm_unpackhi_epi8(block, zero));
+            for (auto controls = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(_mm_and_si128(block, top3), high)));
+                 controls != 0; controls &= controls - 1)
+                fromTable(i + std::countr_zero(controls));
+            if (i + 16 == n)
+                return;
+        }
     }
+#endif
+    for (qsizetype i = 0; i < n; ++i)
+        fromTable(i);
 }
 
 QByteArray ToWindows1252(QStringView text)

@@ -15,6 +15,9 @@ QString FromWindows1252(QByteArrayView bytes);
 // The same into `text`, whose storage is reused when it holds the only reference to it (for
 // readers that decode field after field).
 void FromWindows1252(QByteArrayView bytes, QString& text);
+// The same into `out`, which has room for bytes.size() characters: for readers that decode
+// into storage of their own.
+void FromWindows1252(QByteArrayView bytes, char16_t* out);
 // Characters the code page lacks become "?".
 QByteArray ToWindows1252(QStringView text);
 

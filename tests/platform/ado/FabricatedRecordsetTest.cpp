@@ -10,6 +10,11 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <limits>
+#include <random>
+#include <set>
+
 namespace korvex::ado {
 namespace {
 
@@ -155,6 +160,80 @@ TEST(FabricatedRecordset, ProvidersLoadRowsThroughTheSameChecks)
     EXPECT_EQ(store.Value(0, 1), Variant(std::int16_t{12}));
     EXPECT_EQ(store.Value(1, 0), Null);
     EXPECT_EQ(store.Status(0), adRecUnmodified);
+}
+
+// Loading stores most values without converting them, and comparing with a stored value makes
+// no copy of it: both must agree with the conversion and the copy they stand in for.
+TEST(FabricatedRecordset, ValuesTakenAsTheyComeAndComparedInPlaceAgreeWithConversion)
+{
+    const FieldDef fields[] = {
+        MakeFieldDef("Long", adInteger, 0, -1),      MakeFieldDef("Small", adSmallInt, 0, -1),
+        MakeFieldDef("Byte", adUnsignedTinyInt, 0, -1), MakeFieldDef("Big", adBigInt, 0, -1),
+        MakeFieldDef("Double", adDouble, 0, -1),     MakeFieldDef("Single", adSingle, 0, -1),
+        MakeFieldDef("Text", adVarWChar, 5, -1),     MakeFieldDef("Fixed", adChar, 5, -1),
+        MakeFieldDef("Memo", adLongVarWChar, 0, -1), MakeFieldDef("Flag", adBoolean, 0, -1),
+    };
+    const Variant values[] = {Variant(std::int32_t{7}),    Variant(std::int32_t{70000}), Variant(std::int32_t{-1}),
+                              Variant(std::int32_t{255}),  Variant(std::int16_t{7}),     Variant(3.5),
+                              Variant(7.0),                Variant(std::numeric_limits<double>::infinity()),
+                              Variant("abc"),              Variant("abcdef"),            Variant("ab   "),
+                              Variant(QString()),          Variant(""),                  Null,
+                              Empty,                       Variant(true),                Variant(Date{39818})};
+    for (const FieldDef& field : fields) {
+        for (const Variant& value : values) {
+            SCOPED_TRACE(testing::Message() << field.Name.toStdString() << " <- type " << static_cast<int>(value.VarType()));
+            const FieldInput converted = ConvertForField(value, field);
+            if (StoresAsIs(value, field)) {
+                ASSERT_EQ(converted.status, adFieldOK) << "taken as it comes, so it must be acceptable";
+                Column asIs(field);
+                Column viaConversion(field);
+                asIs.Append(value);
+                viaConversion.Append(converted.value);
+                EXPECT_EQ(asIs.Get(0), viaConversion.Get(0));
+            }
+            if (converted.status != adFieldOK)
+                continue;
+            Column column(field);
+            column.Append(converted.value);
+            for (const Variant& probe : values)
+                EXPECT_EQ(column.Holds(0, probe), column.Get(0) == probe);
+            EXPECT_TRUE(column.Holds(0, column.Get(0)));
+        }
+    }
+}
+
+// Rows marked pending, sent and cancelled in any order, again and again: the store lists them
+// ascending and once each, as a plain set of them does.
+TEST(FabricatedRecordset, PendingRowsStayInOrderWhateverOrderTheyChangeIn)
+{
+    RecordsetStore store({MakeFieldDef("Qty", adSmallInt, 0, -1)});
+    for (int i = 0; i < 100; ++i)
+        store.AppendRow(std::array{Variant(std::int16_t{0})});
+    std::mt19937 random(26);
+    std::set<RowId> model;
+    for (int step = 0; step < 3000; ++step) {
+        const RowId row = random() % 100;
+        const RowId rows[] = {row};
+        switch (random() % 4) {
+        case 0:
+        case 1:
+            store.WriteValue(row, 0, Variant(static_cast<std::int16_t>(step % 1000)));
+            model.insert(row);
+            break;
+        case 2:
+            store.AcceptChanges(rows, nullptr);
+            model.erase(row);
+            break;
+        default:
+            store.CancelChanges(rows, nullptr);
+            model.erase(row);
+            break;
+        }
+        if (step % 37 == 0) {
+            ASSERT_EQ(store.PendingRows(), std::vector<RowId>(model.begin(), model.end())) << "step " << step;
+        }
+    }
+    EXPECT_EQ(store.PendingRows(), std::vector<RowId>(model.begin(), model.end()));
 }
 
 TEST(FabricatedRecordset, ReadOnlyRecordsetsAndClonesRefuseEdits)

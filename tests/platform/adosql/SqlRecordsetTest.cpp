@@ -110,6 +110,49 @@ TEST_P(SqlRecordset, HostileValuesAndNamesWithBlanksRoundTripUnchanged)
     EXPECT_EQ(QStringList(), ReadColumn(mConnection, select));
 }
 
+// One batch whose rows change different columns, to the empty text and to Null, and one row
+// changed and changed back; then a second batch over the same rows.
+TEST_P(SqlRecordset, RowsOfDifferentChangesInOneBatchWriteJustTheirOwn)
+{
+    auto rs = OpenBatch(mConnection, QStringLiteral("SELECT * FROM \"Order Lines\""));
+    for (int line = 1; line <= 6; ++line) {
+        rs->AddNew();
+        SetValueOf(rs, "Order No", Variant(std::int32_t{1}));
+        SetValueOf(rs, "Line", Variant(std::int32_t{line}));
+        SetValueOf(rs, "Select", Variant(QStringLiteral("text %1").arg(line)));
+        SetValueOf(rs, "Unit Price", Variant(static_cast<double>(line)));
+    }
+    rs->UpdateBatch();
+
+    auto again = OpenBatch(mConnection, QStringLiteral("SELECT * FROM \"Order Lines\" ORDER BY \"Line\""));
+    const auto line = [&](int n) {
+        EXPECT_TRUE(Seek(again, "Line", QString::number(n)));
+    };
+    line(5);
+    SetValueOf(again, "Select", Variant(QStringLiteral("five")));
+    SetValueOf(again, "Unit Price", Variant(50.0));
+    line(1);
+    SetValueOf(again, "Select", Variant(QStringLiteral("")));
+    line(2);
+    SetValueOf(again, "Unit Price", Variant(20.0));
+    line(3);
+    SetValueOf(again, "Select", Variant(Null));
+    line(4);
+    SetValueOf(again, "Select", Variant(QStringLiteral("four")));
+    SetValueOf(again, "Select", Variant(QStringLiteral("text 4")));
+    again->UpdateBatch();
+    const QString texts = QStringLiteral("SELECT \"Select\" FROM \"Order Lines\" ORDER BY \"Line\"");
+    const QString prices = QStringLiteral("SELECT CAST(\"Unit Price\" AS INTEGER) FROM \"Order Lines\" ORDER BY \"Line\"");
+    EXPECT_EQ(ReadColumn(mConnection, texts), (QStringList{"", "text 2", "<Null>", "text 4", "five", "text 6"}));
+    EXPECT_EQ(ReadColumn(mConnection, prices), (QStringList{"1", "20", "3", "4", "50", "6"}));
+
+    // The rows written are found by their new values as read.
+    for (again->MoveFirst(); !again->IsEOF(); again->MoveNext())
+        SetValueOf(again, "Select", Variant(CStr(ValueOf(again, "Line")) + u'!'));
+    again->UpdateBatch();
+    EXPECT_EQ(ReadColumn(mConnection, texts), (QStringList{"1!", "2!", "3!", "4!", "5!", "6!"}));
+}
+
 TEST_P(SqlRecordset, CancelBatchResyncAndRequery)
 {
     auto rs = OpenBatch(mConnection, QStringLiteral("SELECT code, name FROM customers ORDER BY code"));
@@ -172,6 +215,23 @@ TEST_P(SqlRecordset, WithoutItsKeyARowIsFoundByRowidOnSQLiteAndNotAtAllElsewhere
 }
 
 KORVEX_ON_EVERY_BACKEND(SqlRecordset);
+
+// SQLite keeps what it is given whatever the column's type: a text longer than its column
+// widens the field, and the rows are read again, the refused one included, text for text.
+TEST(Connection, TextsLongerThanTheirColumnWidenTheFieldAndReadWhole)
+{
+    TestDatabase database;
+    QString whyNot;
+    auto connection = Connect(database.Open(Backend::SQLite, &whyNot));
+    connection->Execute(QStringLiteral("CREATE TABLE codes (id INTEGER PRIMARY KEY, code VARCHAR(3))"));
+    connection->Execute(QStringLiteral("INSERT INTO codes VALUES (1, 'abc'), (2, 'a much longer code'), (3, 'xyz')"));
+    auto rs = OpenBatch(connection, QStringLiteral("SELECT * FROM codes ORDER BY id"));
+    QStringList codes;
+    for (; !rs->IsEOF(); rs->MoveNext())
+        codes << CStr(ValueOf(rs, "code"));
+    EXPECT_EQ(codes, (QStringList{"abc", "a much longer code", "xyz"}));
+    EXPECT_GT(rs->Fields()->Item(Variant("code"))->DefinedSize(), 3);
+}
 
 TEST(Connection, OpensProvidersAndReportsStateAndNames)
 {

@@ -137,6 +137,16 @@ Variant Column::Get(RowId row) const
     return Null;
 }
 
+bool Column::Holds(RowId row, const Variant& value) const
+{
+    if (mStorage != StorageKind::Text || mField.Info().padded)
+        return Get(row) == value;
+    if (IsNull(row))
+        return value.IsNull();
+    const auto* text = value.As<QString>();
+    return text && Text(row) == QStringView(*text);
+}
+
 double Column::Number(RowId row) const noexcept
 {
     const std::uint64_t slot = mSlots[row];

@@ -25,6 +25,8 @@ public:
     void Set(RowId row, const Variant& value);
     // The stored value as the field reports it (fixed-length text padded to its size).
     Variant Get(RowId row) const;
+    // Get(row) == value, without making the variant (and for a text, its string).
+    bool Holds(RowId row, const Variant& value) const;
 
     bool IsNull(RowId row) const noexcept { return (mNull[row >> 6] >> (row & 63)) & 1u; }
     StorageKind Storage() const noexcept { return mStorage; }

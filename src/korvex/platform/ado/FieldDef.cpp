@@ -204,6 +204,29 @@ FieldInput ConvertForField(const Variant& value, const FieldDef& field)
     return {adFieldCantConvertValue, {}};
 }
 
+bool StoresAsIs(const Variant& value, const FieldDef& field) noexcept
+{
+    const FieldTypeInfo& info = field.Info();
+    switch (info.storage) {
+    case StorageKind::Text:
+        // Padding is not stored: a fixed-length text is kept without it either way.
+        if (const auto* text = value.As<QString>()) {
+            const int limit = field.TextLimit();
+            return limit <= 0 || text->size() <= limit;
+        }
+        return false;
+    case StorageKind::Integer:
+        if (const auto* l = value.As<std::int32_t>())
+            return *l >= info.minimum && *l <= info.maximum;
+        return false;
+    case StorageKind::Real:
+        if (const auto* d = value.As<double>())
+            return field.Type != adSingle && std::isfinite(*d);
+        return false;
+    default: return false;
+    }
+}
+
 int ActualSizeOf(const Variant& value, const FieldDef& field)
 {
     if (value.IsNull() || value.IsEmpty())

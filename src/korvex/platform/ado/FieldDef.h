@@ -63,6 +63,10 @@ struct FieldInput {
 };
 
 FieldInput ConvertForField(const Variant& value, const FieldDef& field);
+// True when the value needs no conversion: its column stores it exactly as it would store what
+// ConvertForField makes of it (a text within the field's size, a Long within its range, a finite
+// Double for a Double). Loading rows asks this first, as nearly every value passes.
+bool StoresAsIs(const Variant& value, const FieldDef& field) noexcept;
 
 // The number of bytes a stored value takes, as Field.ActualSize reports it.
 int ActualSizeOf(const Variant& value, const FieldDef& field);

@@ -854,6 +854,7 @@ std::optional<Error> Recordset::SendChanges(std::span<const RowId> rows)
 {
     BatchOutcome outcome = mStore->Provider().UpdateBatch(*mStore, rows);
     std::vector<RowId> accepted;
+    accepted.reserve(rows.size());
     for (RowId row : rows) {
         auto refused = std::find_if(outcome.refused.begin(), outcome.refused.end(),
                                     [&](const auto& r) { return r.first == row; });

@@ -49,19 +49,24 @@ RowId RecordsetStore::AppendRow(std::span<const Variant> values)
 {
     if (values.size() > mFields.size())
         RaiseAdo(adErrInvalidArgument);
-    std::vector<Variant> converted(mFields.size(), Null);
+    // Every value is checked before the row is added; only those that need converting are
+    // copied, into room kept from row to row, so that loading allocates nothing a row.
+    mConverted.resize(mFields.size());
+    mConvertedAt.assign(mFields.size(), 0);
     for (std::size_t i = 0; i < values.size(); ++i) {
-        if (values[i].IsNull() || values[i].IsEmpty())
+        if (values[i].IsNull() || values[i].IsEmpty() || StoresAsIs(values[i], mFields[i]))
             continue;  // the data source's Null stands, whatever the field's attributes say
         FieldInput input = ConvertForField(values[i], mFields[i]);
         if (input.status != adFieldOK)
             RaiseAdo(adErrMultipleStep, FieldSource);
-        converted[i] = std::move(input.value);
+        mConverted[i] = std::move(input.value);
+        mConvertedAt[i] = 1;
     }
     const auto row = static_cast<RowId>(mState.size());
     mState.push_back(adRecUnmodified);
     for (std::size_t i = 0; i < mColumns.size(); ++i) {
-        mColumns[i].Append(converted[i]);
+        // Empty is kept as Null, as a column keeps both.
+        mColumns[i].Append(mConvertedAt[i] ? mConverted[i] : i < values.size() ? values[i] : Null);
         if (mIndexes[i])
             mIndexes[i]->Add(row);
     }
@@ -80,13 +85,69 @@ Variant RecordsetStore::OriginalValue(RowId row, int field) const
     return Value(row, field);
 }
 
+const Variant* RecordsetStore::OriginalValues(RowId row) const
+{
+    if (mOriginals.empty() || (mState[row] & (AddingFlag | adRecNew)))
+        return nullptr;
+    auto it = mOriginals.find(row);
+    return it != mOriginals.end() ? it->second.data() : nullptr;
+}
+
 Variant RecordsetStore::UnderlyingValue(RowId row, int field) const
 {
-    if (auto it = mUnderlying.find(row); it != mUnderlying.end()) {
-        if (auto f = it->second.find(field); f != it->second.end())
-            return f->second;
+    if (!mUnderlying.empty()) {
+        if (auto it = mUnderlying.find(row); it != mUnderlying.end()) {
+            if (auto f = it->second.find(field); f != it->second.end())
+                return f->second;
+        }
     }
     return OriginalValue(row, field);
+}
+
+std::vector<RowId> RecordsetStore::PendingRows() const
+{
+    TidyPending();
+    return mPending;
+}
+
+void RecordsetStore::TidyPending() const
+{
+    // Rows that stopped being pending go; a row listed twice (pending again since) was listed
+    // out of order, and goes once the list is sorted.
+    if (mPending.size() != mPendingCount)
+        std::erase_if(mPending, [this](RowId row) { return !(mState[row] & PendingFlag); });
+    if (!mPendingSorted) {
+        std::sort(mPending.begin(), mPending.end());
+        mPending.erase(std::unique(mPending.begin(), mPending.end()), mPending.end());
+        mPendingSorted = true;
+    }
+}
+
+void RecordsetStore::MarkPending(RowId row)
+{
+    if (mState[row] & PendingFlag)
+        return;
+    mState[row] |= PendingFlag;
+    if (mPendingCount == 0) {
+        mPending.clear();  // only rows no longer pending were left
+        mPendingSorted = true;
+    }
+    if (!mPending.empty() && row <= mPending.back())
+        mPendingSorted = false;
+    mPending.push_back(row);
+    ++mPendingCount;
+}
+
+void RecordsetStore::ClearPending(RowId row)
+{
+    if (!(mState[row] & PendingFlag))
+        return;
+    mState[row] &= ~PendingFlag;
+    --mPendingCount;
+    // Tidied once the list holds many more rows than are pending, so that it never outgrows
+    // the edits made.
+    if (mPending.size() > 2 * mPendingCount + 64)
+        TidyPending();
 }
 
 RowId RecordsetStore::BeginAdd()
@@ -102,7 +163,7 @@ void RecordsetStore::CommitAdd(RowId row, const void* origin, bool pending)
 {
     mState[row] = pending ? adRecNew : adRecOK;
     if (pending)
-        mPending.insert(row);
+        MarkPending(row);
     for (std::size_t i = 0; i < mIndexes.size(); ++i) {
         if (mIndexes[i])
             mIndexes[i]->Add(row);
@@ -142,7 +203,7 @@ void RecordsetStore::WriteValue(RowId row, int field, const Variant& value)
         }
         mState[row] |= adRecModified;
         mState[row] &= ~static_cast<std::uint32_t>(adRecUnmodified);
-        mPending.insert(row);
+        MarkPending(row);
     }
     WriteColumn(row, field, value);
 }
@@ -170,7 +231,7 @@ void RecordsetStore::MarkDeletedRow(RowId row, const void* origin)
         return;
     }
     mState[row] |= adRecDeleted;
-    mPending.insert(row);
+    MarkPending(row);
     Hide(row);
     Log(row, ChangeKind::Deleted, origin);
 }
@@ -181,8 +242,8 @@ void RecordsetStore::RemoveRow(RowId row, const void* origin)
         return;
     if (IsVisible(row))
         Hide(row);
+    ClearPending(row);
     mState[row] = GoneFlag | adRecDeleted;
-    mPending.erase(row);
     ForgetChanges(row);
     Log(row, ChangeKind::Removed, origin);
 }
@@ -212,8 +273,8 @@ void RecordsetStore::AcceptChanges(std::span<const RowId> rows, const void* orig
             RemoveRow(row, origin);
             continue;
         }
+        ClearPending(row);
         mState[row] = adRecOK;
-        mPending.erase(row);
         ForgetChanges(row);
     }
     ApplyVisibility();
@@ -234,8 +295,8 @@ void RecordsetStore::CancelChanges(std::span<const RowId> rows, const void* orig
             Show(row);
             restored = true;
         }
+        ClearPending(row);
         mState[row] = adRecUnmodified;
-        mPending.erase(row);
     }
     ApplyVisibility();
     if (restored)
@@ -265,7 +326,7 @@ void RecordsetStore::ReplaceValues(RowId row, std::span<const Variant> values)
         WriteColumn(row, static_cast<int>(i), value);
     }
     ForgetChanges(row);
-    mPending.erase(row);
+    ClearPending(row);
     const bool wasDeleted = (mState[row] & adRecDeleted) != 0;
     mState[row] = adRecUnmodified;
     if (wasDeleted) {

@@ -17,7 +17,6 @@
 #include <map>
 #include <memory>
 #include <optional>
-#include <set>
 #include <span>
 #include <unordered_map>
 #include <vector>
@@ -68,13 +67,21 @@ public:
     // The visible rows in ascending order: the order of an unfiltered, unsorted cursor.
     const std::vector<RowId>& VisibleRows() const noexcept { return mVisible; }
     // Rows with changes not yet sent (new, modified or deleted), ascending.
-    std::vector<RowId> PendingRows() const { return {mPending.begin(), mPending.end()}; }
+    std::vector<RowId> PendingRows() const;
 
     Variant Value(RowId row, int field) const { return ColumnOf(field).Get(row); }
     // The value as read, before pending changes; Empty for a row added and not yet sent.
     Variant OriginalValue(RowId row, int field) const;
+    // A changed row's values as read, one per field; nullptr for a row without changes kept
+    // (unchanged, or added): its values as read are its values.
+    const Variant* OriginalValues(RowId row) const;
+    // Whether the row's value of the field is `value` (the same type and value), without
+    // making a copy of it.
+    bool ValueIs(RowId row, int field, const Variant& value) const { return ColumnOf(field).Holds(row, value); }
     // The value the data source last reported (Resync); the original value until then.
     Variant UnderlyingValue(RowId row, int field) const;
+    // Whether any row has such values apart from its original ones.
+    bool HasResyncedValues() const noexcept { return !mUnderlying.empty(); }
 
     // Editing, for the recordset. `value` must come from ConvertForField.
     RowId BeginAdd();
@@ -144,6 +151,7 @@ public:
 private:
     static constexpr std::uint32_t StatusMask = 0x00FFFFFF;
     static constexpr std::uint32_t AddingFlag = 0x40000000;
+    static constexpr std::uint32_t PendingFlag = 0x20000000;
     static constexpr std::uint32_t GoneFlag = 0x80000000;
     static constexpr std::uint32_t HiddenMask = AddingFlag | GoneFlag | adRecDeleted;
 
@@ -159,6 +167,9 @@ private:
     void WriteColumn(RowId row, int field, const Variant& value);
     void RestoreOriginals(RowId row);
     void ForgetChanges(RowId row);
+    void MarkPending(RowId row);
+    void TidyPending() const;
+    void ClearPending(RowId row);
 
     std::vector<FieldDef> mFields;
     std::vector<Column> mColumns;
@@ -168,7 +179,11 @@ private:
     std::vector<RowId> mVisible;
     std::vector<RowId> mShowing;
     std::vector<RowId> mHiding;
-    std::set<RowId> mPending;
+    // The pending rows: those whose state has PendingFlag. A row that stops being pending stays
+    // in the list until it is tidied, so that a batch of thousands of rows costs no search each.
+    mutable std::vector<RowId> mPending;
+    std::size_t mPendingCount = 0;
+    mutable bool mPendingSorted = true;
     std::unordered_map<RowId, std::vector<Variant>> mOriginals;
     std::unordered_map<RowId, std::map<int, Variant>> mUnderlying;
     std::vector<Change> mLog;
@@ -179,6 +194,9 @@ private:
     QHash<QString, Variant> mDynamic;
     std::vector<std::pair<std::uint64_t, Watcher>> mWatchers;
     std::uint64_t mNextWatcher = 1;
+    // AppendRow's converted values, kept from row to row.
+    std::vector<Variant> mConverted;
+    std::vector<char> mConvertedAt;
 };
 
 }  // namespace korvex::ado

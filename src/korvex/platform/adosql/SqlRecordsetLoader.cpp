@@ -299,9 +299,10 @@ SqlRecordsetLoader::Loaded SqlRecordsetLoader::LoadRows(SqlStatement& statement,
     Loaded loaded;
     loaded.refused.resize(static_cast<std::size_t>(count));
     try {
+        // Texts are read where the driver keeps them: the store copies them into its columns.
         for (bool row = any; row; row = statement.Next()) {
             for (int f = 0; f < count; ++f)
-                loaded.refused[f] = mSession->FromColumn(statement.Value(columns.first + f), columns.types[f].type);
+                loaded.refused[f] = mSession->FromColumn(statement.PeekValue(columns.first + f), columns.types[f].type);
             if (rowIds)
                 rowIds->push_back(static_cast<std::int64_t>(CDbl(statement.Value(0))));
             store.AppendRow(loaded.refused);
@@ -310,6 +311,11 @@ SqlRecordsetLoader::Loaded SqlRecordsetLoader::LoadRows(SqlStatement& statement,
         if (e.Number() != adErrMultipleStep)
             throw;
         loaded.error = e;  // the row in `refused` holds a value its field's type cannot take
+        // It outlives the statement's row: its texts become copies of their own.
+        for (Variant& value : loaded.refused) {
+            if (const auto* text = value.As<QString>())
+                value = Variant(QStringView(*text).toString());
+        }
     }
     return loaded;
 }

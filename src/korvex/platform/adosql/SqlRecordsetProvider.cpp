@@ -179,7 +179,7 @@ SqlRecordsetProvider::Condition SqlRecordsetProvider::KeyCondition(const Records
     return where;
 }
 
-void SqlRecordsetProvider::AddKey(Condition& where, const RecordsetStore& store, RowId row) const
+void SqlRecordsetProvider::AddKey(Condition& where, const RecordsetStore& store, RowId row, const Variant* originals) const
 {
     RequireKey();
     if (mPlan.rowIdKey) {
@@ -189,14 +189,16 @@ void SqlRecordsetProvider::AddKey(Condition& where, const RecordsetStore& store,
         return;
     }
     for (int field : mPlan.keyFields)
-        AddMatch(where, store, row, field);
+        AddMatch(where, store, row, field, originals);
 }
 
-void SqlRecordsetProvider::AddMatch(Condition& where, const RecordsetStore& store, RowId row, int field) const
+void SqlRecordsetProvider::AddMatch(Condition& where, const RecordsetStore& store, RowId row, int field,
+                                    const Variant* originals) const
 {
     const SqlSession& session = *mSession;
     const FieldDef& def = store.Field(field);
-    const Variant value = store.UnderlyingValue(row, field);
+    // The values as read are the data source's, unless a Resync has told otherwise.
+    const Variant value = originals && !store.HasResyncedValues() ? originals[field] : store.UnderlyingValue(row, field);
     const QString column = where.withText ? session.QuoteName(mPlan.baseColumns[field]) : QString();
     if (!IsPresent(value)) {
         where.shape += 'N';
@@ -246,58 +248,81 @@ int SqlRecordsetProvider::ConflictStatus(const RecordsetStore& store, RowId row)
 
 void SqlRecordsetProvider::Update(const RecordsetStore& store, RowId row, Attempt& attempt)
 {
-    const SqlSession& session = *mSession;
-    // The scratch lists keep their room from row to row: a batch allocates next to nothing.
+    // A row sent in a batch of thousands: its changed values go from the store's columns to the
+    // statement without a copy, and rows of one shape share one statement, found without a
+    // lookup when the row before had the same shape.
+    const Variant* originals = store.OriginalValues(row);
+    if (!originals)
+        return;  // nothing kept as read: nothing changed
     std::vector<int>& changed = mChangedScratch;
+    changed.clear();
+    std::string& shape = mShapeScratch;
+    shape.clear();
+    for (int f = 0; f < store.FieldCount(); ++f) {
+        if (mPlan.baseColumns[f].isEmpty() || store.ValueIs(row, f, originals[f]))
+            continue;  // changed and changed back: nothing to send
+        changed.push_back(f);
+        shape += static_cast<char>('0' + f % 64);
+        shape += static_cast<char>('0' + f / 64);
+    }
+    if (changed.empty())
+        return;
+    // The row is found by its key and by the values the changed columns had.
+    const auto addMatches = [&](Condition& condition) {
+        AddKey(condition, store, row, originals);
+        for (int f : changed) {
+            if (std::find(mPlan.keyFields.begin(), mPlan.keyFields.end(), f) == mPlan.keyFields.end())
+                AddMatch(condition, store, row, f, originals);
+        }
+    };
     Condition where;
     where.withText = false;
     where.parameters.swap(mParameterScratch);
     where.parameters.clear();
-    changed.clear();
-    std::string shape;
-    for (int f = 0; f < store.FieldCount(); ++f) {
-        if (mPlan.baseColumns[f].isEmpty())
-            continue;
-        Variant value = store.Value(row, f);
-        if (value == store.OriginalValue(row, f))
-            continue;
-        changed.push_back(f);
-        shape += static_cast<char>('0' + f % 64);
-        shape += static_cast<char>('0' + f / 64);
-        where.parameters.push_back(session.ToParameter(value, store.Field(f).Type));
+    addMatches(where);
+    shape += where.shape;
+    if (!mLastUpdate || shape != mLastShape) {
+        mLastUpdate = &mUpdateTexts[shape];
+        mLastShape = shape;
     }
-    if (!changed.empty()) {
-        // The row is found by its key and by the values the changed columns had.
-        const auto addMatches = [&](Condition& condition) {
-            AddKey(condition, store, row);
-            for (int f : changed) {
-                if (std::find(mPlan.keyFields.begin(), mPlan.keyFields.end(), f) == mPlan.keyFields.end())
-                    AddMatch(condition, store, row, f);
-            }
-        };
-        addMatches(where);
-        shape += where.shape;
-        UpdateText& text = mUpdateTexts[shape];
-        if (text.sql.isEmpty()) {
-            QStringList assignments;
-            for (int f : changed)
-                assignments << session.QuoteName(mPlan.baseColumns[f]) + QStringLiteral(" = ?");
-            Condition described;
-            addMatches(described);
-            text.sql = QStringLiteral("UPDATE %1 SET %2 WHERE %3").arg(Table(), assignments.join(QStringLiteral(", ")), described.sql);
-        }
-        if (!text.statement || text.generation != mSession->Generation()) {
-            text.statement = &mSession->Cached(text.sql);
-            text.generation = mSession->Generation();
-        }
-        SqlStatement& statement = *text.statement;
-        statement.Execute(where.parameters);
-        const int affected = statement.RowsAffected();
-        statement.Finish();
-        if (affected == 0)
-            Refuse(attempt.outcome, row, ConflictStatus(store, row));
+    UpdateText& text = *mLastUpdate;
+    if (text.sql.isEmpty()) {
+        QStringList assignments;
+        for (int f : changed)
+            assignments << mSession->QuoteName(mPlan.baseColumns[f]) + QStringLiteral(" = ?");
+        Condition described;
+        addMatches(described);
+        text.sql = QStringLiteral("UPDATE %1 SET %2 WHERE %3").arg(Table(), assignments.join(QStringLiteral(", ")), described.sql);
     }
-    where.parameters.swap(mParameterScratch);  // changed and changed back: nothing was sent
+    if (!text.statement || text.generation != mSession->Generation()) {
+        text.statement = &mSession->Cached(text.sql);
+        text.generation = mSession->Generation();
+    }
+    SqlStatement& statement = *text.statement;
+    int position = 1;
+    for (int f : changed)
+        BindValue(statement, position++, store, row, f);
+    for (const QVariant& parameter : where.parameters)
+        statement.Bind(position++, parameter);
+    where.parameters.swap(mParameterScratch);
+    statement.Run();
+    const int affected = statement.RowsAffected();
+    statement.Finish();
+    if (affected == 0)
+        Refuse(attempt.outcome, row, ConflictStatus(store, row));
+}
+
+void SqlRecordsetProvider::BindValue(SqlStatement& statement, int position, const RecordsetStore& store, RowId row,
+                                     int field) const
+{
+    const Column& column = store.ColumnOf(field);
+    const FieldDef& def = store.Field(field);
+    // A text goes from where the column keeps it; Null, padded texts and the other types the
+    // way the session sends them.
+    if (column.Storage() == StorageKind::Text && !def.Info().padded && !column.IsNull(row))
+        statement.BindText(position, column.Text(row));
+    else
+        statement.Bind(position, mSession->ToParameter(column.Get(row), def.Type));
 }
 
 void SqlRecordsetProvider::Delete(const RecordsetStore& store, RowId row, Attempt& attempt)

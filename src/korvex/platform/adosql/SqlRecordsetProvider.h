@@ -73,11 +73,14 @@ private:
     WriteEnd WriteRow(const RecordsetStore& store, RowId row, Attempt& attempt);
     void Insert(const RecordsetStore& store, RowId row, Attempt& attempt);
     void Update(const RecordsetStore& store, RowId row, Attempt& attempt);
+    void BindValue(SqlStatement& statement, int position, const RecordsetStore& store, RowId row, int field) const;
     void Delete(const RecordsetStore& store, RowId row, Attempt& attempt);
     // The row's key as the data source knows it (underlying values), or its rowid.
     Condition KeyCondition(const RecordsetStore& store, RowId row) const;
-    void AddKey(Condition& where, const RecordsetStore& store, RowId row) const;
-    void AddMatch(Condition& where, const RecordsetStore& store, RowId row, int field) const;
+    // `originals`: the row's values as read (RecordsetStore::OriginalValues), when at hand.
+    void AddKey(Condition& where, const RecordsetStore& store, RowId row, const Variant* originals = nullptr) const;
+    void AddMatch(Condition& where, const RecordsetStore& store, RowId row, int field,
+                  const Variant* originals = nullptr) const;
     // A row no statement found: still there under its key (changed by someone) or gone.
     int ConflictStatus(const RecordsetStore& store, RowId row) const;
     // Runs a statement that changes rows and returns how many it matched.
@@ -87,6 +90,9 @@ private:
     std::shared_ptr<SqlSession> mSession;
     RecordsetPlan mPlan;
     std::unordered_map<std::string, UpdateText> mUpdateTexts;  // UPDATE statements by shape
+    UpdateText* mLastUpdate = nullptr;  // the last row's, under mLastShape
+    std::string mLastShape;
+    std::string mShapeScratch;
     std::vector<QVariant> mParameterScratch;
     std::vector<int> mChangedScratch;
     std::vector<std::int64_t> mRowIds;

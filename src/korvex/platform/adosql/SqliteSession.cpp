@@ -35,13 +35,34 @@ public:
 
     void Execute(std::span<const QVariant> parameters) override
     {
-        // Every parameter is bound again below, so the old bindings need no clearing.
-        sqlite3_reset(mStatement);
+        for (std::size_t i = 0; i < parameters.size(); ++i)
+            Bind(static_cast<int>(i) + 1, parameters[i]);
+        Run();
+    }
+
+    void Bind(int position, const QVariant& value) override
+    {
+        Rewind();
+        BindParameter(position, value);
+    }
+
+    void BindText(int position, QStringView text) override
+    {
+        Rewind();
+        // A null view is an empty text here: SQLite would bind a null pointer as Null.
+        const void* characters = text.isNull() ? static_cast<const void*>(u"") : text.data();
+        const int rc = sqlite3_bind_text16(mStatement, position, characters, static_cast<int>(text.size() * 2), SQLITE_STATIC);
+        if (rc != SQLITE_OK)
+            mSession.RaiseSqlite(rc);
+    }
+
+    void Run() override
+    {
+        Rewind();
+        mReset = false;
         mPending = false;
         mDone = false;
         mChanges = 0;
-        for (std::size_t i = 0; i < parameters.size(); ++i)
-            Bind(static_cast<int>(i) + 1, parameters[i]);
         Step(true);
     }
 
@@ -99,32 +120,54 @@ public:
         }
     }
 
+    Variant PeekValue(int index) const override
+    {
+        if (sqlite3_column_type(mStatement, index) != SQLITE_TEXT)
+            return Value(index);
+        const auto* text = static_cast<const QChar*>(sqlite3_column_text16(mStatement, index));
+        return Variant(QString::fromRawData(text, sqlite3_column_bytes16(mStatement, index) / 2));
+    }
+
     void Finish() override
     {
         // A statement left in the middle of its rows keeps the database's read lock.
         sqlite3_reset(mStatement);
+        mReset = true;
         mPending = false;
         mDone = true;
     }
 
 private:
-    void Bind(int position, const QVariant& value)
+    // Before the first binding of a run: the last run ends, unless Finish ended it already.
+    // Every parameter is bound again, so the old bindings need no clearing.
+    void Rewind()
+    {
+        if (mReset)
+            return;
+        sqlite3_reset(mStatement);
+        mReset = true;
+    }
+
+    void BindParameter(int position, const QVariant& value)
     {
         int rc = SQLITE_OK;
         if (value.isNull()) {
             rc = sqlite3_bind_null(mStatement, position);
         } else {
             switch (value.metaType().id()) {
-            case QMetaType::Bool:
-            case QMetaType::Int:
-            case QMetaType::UInt:
+            // The types a session's parameters mostly have, read without QVariant's conversions.
+            case QMetaType::Int: rc = sqlite3_bind_int64(mStatement, position, *static_cast<const int*>(value.constData())); break;
             case QMetaType::LongLong:
+                rc = sqlite3_bind_int64(mStatement, position, *static_cast<const qlonglong*>(value.constData()));
+                break;
+            case QMetaType::Double: rc = sqlite3_bind_double(mStatement, position, *static_cast<const double*>(value.constData())); break;
+            case QMetaType::Bool:
+            case QMetaType::UInt:
             case QMetaType::ULongLong:
             case QMetaType::Short:
             case QMetaType::UShort:
             case QMetaType::Char:
             case QMetaType::UChar: rc = sqlite3_bind_int64(mStatement, position, value.toLongLong()); break;
-            case QMetaType::Double:
             case QMetaType::Float: rc = sqlite3_bind_double(mStatement, position, value.toDouble()); break;
             case QMetaType::QString: {
                 // The parameters outlive the statement's run, so SQLite may read the text in place.
@@ -157,6 +200,7 @@ private:
             return false;
         }
         sqlite3_reset(mStatement);
+        mReset = true;
         mSession.RaiseSqlite(rc);
     }
 
@@ -164,6 +208,7 @@ private:
     sqlite3_stmt* mStatement;
     bool mPending = false;
     bool mDone = true;
+    bool mReset = true;  // reset since it last ran
     int mChanges = 0;
 };
 

@@ -798,6 +798,14 @@ TEST_F(ZqDropdownTest, ShowingNeedsAButtonAndEnabledAndAMessageBoxKeepsItOpen)
     second->DropdownShow();
     EXPECT_EQ(ThreadHooks::Owner(), second);
     second->DropdownHide();
+    // A box from a closed combo while another is open leaves the hooks with the open one.
+    combo->DropdownHide();
+    combo->DropdownShow();
+    ASSERT_EQ(ThreadHooks::Owner(), combo);
+    auto usual = MessageBoxService::Install(std::make_unique<Watching>());
+    EXPECT_EQ(second->MsgBoxFromDropDown(QStringLiteral("Sure?"), vbYesNo), vbNo);
+    MessageBoxService::Install(std::move(usual));
+    EXPECT_EQ(ThreadHooks::Owner(), combo);
     combo->DropdownHide();
     EXPECT_EQ(ThreadHooks::Owner(), nullptr);
 }

@@ -509,19 +509,26 @@ bool ZqDropdown::FocusIsOurs() const
 
 int ZqDropdown::MsgBoxFromDropDown(const QString& Prompt, int Buttons, const QString& Title)
 {
+    // When another combo's drop-down owns the hooks, they go back to it afterwards: taking them
+    // would leave that drop-down open with nothing to close it.
+    const QPointer<ZqDropdown> owner = qobject_cast<ZqDropdown*>(ThreadHooks::Owner());
     ThreadHooks::Remove();
     const QPointer<ZqDropdown> alive(this);
+    const auto reinstall = [&] {
+        if (owner && owner != this && owner->mOpen)
+            owner->InstallHooks();
+        else if (alive)  // the box's own event loop may have closed the form
+            InstallHooks();
+    };
     QString prompt = Prompt;
     int result = 0;
     try {
         result = LibMsgBox(prompt, Buttons, Title);
     } catch (...) {
-        if (alive)
-            InstallHooks();
+        reinstall();
         throw;
     }
-    if (alive)  // the box's own event loop may have closed the form
-        InstallHooks();
+    reinstall();
     return result;
 }
 
@@ -598,8 +605,9 @@ void ZqDropdown::SizeAndPlace()
     MeasureColumns(firstVisible, lastVisible, total);
     const int scrollBar = rows > mVisibleRows ? SystemInfo::SystemMetric(SM_CXVSCROLL) : 0;
     int width = total + 2 * borderX + scrollBar;
+    // Never narrower than the columns: a last column cut by a few pixels would elide its texts.
     if (width < r.width() + 6)
-        width = r.width();
+        width = std::max(width, r.width());
 
     int top = 0;
     if (height <= roomBelow) {
@@ -955,16 +963,24 @@ void ZqDropdown::HeaderChosen(short index)
 void ZqDropdown::SelectedByValue(int reason, const Variant& oldValue, const Variant& newValue)
 {
     update();
-    emit Click(static_cast<ZqDropdownClickReasons>(reason));
-    emit Changed(static_cast<ZqDropdownClickReasons>(reason), oldValue, newValue);
+    RaiseSelectionEvents(reason, oldValue, newValue);
 }
 
 void ZqDropdown::SelectedFromDisplay(int reason, const Variant& oldValue)
 {
-    const Variant newValue = BoundValue();
+    const QPointer<ZqDropdown> alive(this);
+    RaiseSelectionEvents(reason, oldValue, BoundValue());
+    if (alive)
+        update();
+}
+
+void ZqDropdown::RaiseSelectionEvents(int reason, const Variant& oldValue, const Variant& newValue)
+{
+    // A Click handler may close the form and with it this control.
+    const QPointer<ZqDropdown> alive(this);
     emit Click(static_cast<ZqDropdownClickReasons>(reason));
-    emit Changed(static_cast<ZqDropdownClickReasons>(reason), oldValue, newValue);
-    update();
+    if (alive)
+        emit Changed(static_cast<ZqDropdownClickReasons>(reason), oldValue, newValue);
 }
 
 }  // namespace korvex

@@ -143,6 +143,7 @@ private:
     void SelectRowByStep(int step);
     void SelectedByValue(int reason, const Variant& oldValue, const Variant& newValue);
     void SelectedFromDisplay(int reason, const Variant& oldValue);
+    void RaiseSelectionEvents(int reason, const Variant& oldValue, const Variant& newValue);
     // The text of a column of the selection, formatted by its ColFormat.
     QString SegmentText(int col) const;
     int FrameWidth() const;

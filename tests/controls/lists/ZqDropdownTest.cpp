@@ -251,6 +251,8 @@ TEST_F(ZqDropdownTest, TypingFiltersTheDisplayOnlyAndClosingRestoresIt)
     EXPECT_EQ(combo->ListCount(), 5);
     combo->zqtxtFilter()->SetText(QStringLiteral("le"));
     EXPECT_EQ(combo->ListCount(), 1) << "Leeds";
+    combo->SetRowSource(Customers());
+    EXPECT_EQ(combo->ListCount(), 1) << "new rows while open are offered through the typed text too";
     combo->DropdownHide();
     EXPECT_EQ(combo->zqtxtFilter()->Text(), "");
     EXPECT_EQ(DisplayFilter(), "");

@@ -96,9 +96,14 @@ ZqDropdown::ZqDropdown(QWidget* parent)
     });
     Model().OnSelectedFromDisplay([this](int reason, const Variant& oldValue) { SelectedFromDisplay(reason, oldValue); });
     // A new display copy has the store's order, not the one the header chose.
+    // An open drop-down keeps offering what the filter box asks for, sized for the new rows.
     Model().OnBound([this] {
         mHeader->SetSortedColIndex(-1);
         mCursorColumn = -1;
+        if (mOpen) {
+            ApplyTypedFilter();
+            SizeAndPlace();
+        }
     });
     connect(mGrid, qOverload<>(&Control::Click), this, GuardedSlot(this, [this] { ListClicked(); }));
     connect(mFilterBox, &ZqText::Change, this, GuardedSlot(this, [this] { ApplyTypedFilter(); }));

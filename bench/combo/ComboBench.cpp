@@ -4,6 +4,7 @@
 // opening the drop-down, binding the rows, a header sort beside the engine's own Sort, clearing
 // the filter box, and the memory the combo and its copies of the rows add to the item store.
 #include "bench/support/BenchReport.h"
+#include "bench/support/BenchRows.h"
 
 #include "ItemGenerator.h"
 
@@ -27,6 +28,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <array>
 #include <memory>
 
 namespace korvex {
@@ -52,16 +54,12 @@ Items& TheItems()
     static Items items = [] {
         Items is;
         const std::size_t before = bench::HeapInUse();
-        auto store = std::make_shared<RecordsetStore>(std::vector<FieldDef>{
-            MakeFieldDef("Code", adVarWChar, 10, 0), MakeFieldDef("Name", adVarWChar, 40, 0),
-            MakeFieldDef("Town", adVarWChar, 30, 0)});
-        for (int i = 0; i < demo::ItemCount; ++i) {
-            const demo::Item item = demo::MakeItem(i);
-            const Variant values[] = {Variant(item.code), Variant(item.name), Variant(item.town)};
-            store->AppendRow(values);
-        }
-        is.rs = std::make_shared<Recordset>();
-        is.rs->OpenStore(std::move(store));
+        is.rs = bench::RecordsetOver(bench::StoreOfRows(
+            {MakeFieldDef("Code", adVarWChar, 10, 0), MakeFieldDef("Name", adVarWChar, 40, 0), MakeFieldDef("Town", adVarWChar, 30, 0)},
+            demo::ItemCount, [](int i) {
+                const demo::Item item = demo::MakeItem(i);
+                return std::array{Variant(item.code), Variant(item.name), Variant(item.town)};
+            }));
         is.storeBytes = bench::HeapInUse() - before;
         is.names.reserve(demo::ItemCount);
         for (int i = 0; i < demo::ItemCount; ++i)

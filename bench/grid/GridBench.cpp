@@ -2,6 +2,7 @@
 // page, and the memory the grid adds; and, as the reference a Qt developer would write, the
 // first screen of a QTableView over a QStandardItemModel filled with the same rows.
 #include "bench/support/BenchReport.h"
+#include "bench/support/BenchRows.h"
 
 #include "korvex/platform/ado/Recordset.h"
 #include "korvex/platform/grid/Grid.h"
@@ -14,6 +15,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <array>
 #include <memory>
 
 namespace korvex {
@@ -35,16 +37,10 @@ QString NameOf(int i)
 
 std::shared_ptr<Recordset> MakeRecordset(int rows)
 {
-    auto store = std::make_shared<RecordsetStore>(std::vector<FieldDef>{
-        MakeFieldDef("Code", adVarWChar, 10, adFldIsNullable), MakeFieldDef("Name", adVarWChar, 40, adFldIsNullable),
-        MakeFieldDef("Amount", adInteger, 4, adFldIsNullable)});
-    for (int i = 0; i < rows; ++i) {
-        const Variant values[] = {Variant(CodeOf(i)), Variant(NameOf(i)), Variant(std::int32_t{i % 9973})};
-        store->AppendRow(values);
-    }
-    auto rs = std::make_shared<Recordset>();
-    rs->OpenStore(std::move(store));
-    return rs;
+    return bench::RecordsetOver(bench::StoreOfRows(
+        {MakeFieldDef("Code", adVarWChar, 10, adFldIsNullable), MakeFieldDef("Name", adVarWChar, 40, adFldIsNullable),
+         MakeFieldDef("Amount", adInteger, 4, adFldIsNullable)},
+        rows, [](int i) { return std::array{Variant(CodeOf(i)), Variant(NameOf(i)), Variant(std::int32_t{i % 9973})}; }));
 }
 
 Recordset& Big()

@@ -1,6 +1,7 @@
 // The pick list over a million rows beside a thousand: selecting by bound value and showing the
 // list; and building a free-mode list from a string beside splitting that string with Qt.
 #include "bench/support/BenchReport.h"
+#include "bench/support/BenchRows.h"
 
 #include "korvex/controls/lists/ZqDropdownList.h"
 #include "korvex/platform/ado/Recordset.h"
@@ -13,6 +14,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <array>
 #include <memory>
 #include <vector>
 
@@ -31,17 +33,12 @@ QString CodeOf(int i)
 
 std::shared_ptr<Recordset> MakeRecordset(int rows)
 {
-    auto store = std::make_shared<RecordsetStore>(std::vector<FieldDef>{
-        MakeFieldDef("Code", adVarWChar, 10, adFldIsNullable), MakeFieldDef("Name", adVarWChar, 40, adFldIsNullable),
-        MakeFieldDef("Id", adInteger, 4, adFldIsNullable)});
-    for (int i = 0; i < rows; ++i) {
-        const Variant values[] = {Variant(CodeOf(i)), Variant(QStringLiteral("Customer number %1").arg(i)),
-                                  Variant(std::int32_t{i})};
-        store->AppendRow(values);
-    }
-    auto rs = std::make_shared<Recordset>();
-    rs->OpenStore(std::move(store));
-    return rs;
+    return bench::RecordsetOver(bench::StoreOfRows(
+        {MakeFieldDef("Code", adVarWChar, 10, adFldIsNullable), MakeFieldDef("Name", adVarWChar, 40, adFldIsNullable),
+         MakeFieldDef("Id", adInteger, 4, adFldIsNullable)},
+        rows, [](int i) {
+            return std::array{Variant(CodeOf(i)), Variant(QStringLiteral("Customer number %1").arg(i)), Variant(std::int32_t{i})};
+        }));
 }
 
 Recordset& Big()

@@ -6,6 +6,7 @@
 // one more character, clearing back to all rows; then sort, bookmark moves on a sorted view,
 // clone, and the bytes a row costs against its text payload.
 #include "bench/support/BenchReport.h"
+#include "bench/support/BenchRows.h"
 #include "korvex/platform/ado/Recordset.h"
 #include "korvex/platform/ado/RecordsetStore.h"
 #include "korvex/platform/ado/TextCompare.h"
@@ -21,6 +22,7 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <numeric>
 #include <random>
@@ -73,14 +75,10 @@ const Rows& Data()
 std::shared_ptr<RecordsetStore> MakeStore(int rows)
 {
     const Rows& data = Data();
-    auto store = std::make_shared<RecordsetStore>(std::vector<FieldDef>{
-        MakeFieldDef("Code", adVarWChar, 10, adFldIsNullable), MakeFieldDef("Name", adVarWChar, 40, adFldIsNullable),
-        MakeFieldDef("Description", adVarWChar, 60, adFldIsNullable)});
-    for (int i = 0; i < rows; ++i) {
-        const Variant values[] = {Variant(data.codes[i]), Variant(data.names[i]), Variant(data.descriptions[i])};
-        store->AppendRow(values);
-    }
-    return store;
+    return bench::StoreOfRows(
+        {MakeFieldDef("Code", adVarWChar, 10, adFldIsNullable), MakeFieldDef("Name", adVarWChar, 40, adFldIsNullable),
+         MakeFieldDef("Description", adVarWChar, 60, adFldIsNullable)},
+        rows, [&](int i) { return std::array{Variant(data.codes[i]), Variant(data.names[i]), Variant(data.descriptions[i])}; });
 }
 
 struct ItemStore {

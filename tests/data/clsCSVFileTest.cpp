@@ -295,6 +295,40 @@ TEST(CSVFile, AgreesWithThePlainRulesOnRandomLines)
     }
 }
 
+// Quoted fields with doubled quotes and code-page characters, short and longer than a block,
+// starting at every place in a block: the quotes inside are found from the search's marks,
+// which a field shares with the blocks beside it.
+TEST(CSVFile, QuotedFieldsAtEveryPlaceInABlock)
+{
+    QList<QByteArray> lines;
+    QByteArray bytes;
+    for (int lead = 0; lead < 64; ++lead) {
+        for (int inner : {0, 2, 31, 62, 63, 64, 90}) {
+            QByteArray text(inner, 'x');
+            for (int k = 0; k + 2 < inner; k += 7)
+                text.replace(k, 3, "\"\"\x80");
+            const QByteArray line = QByteArray(lead, 'a') + ",\"" + text + "\",\"\"\"\"\"\",\"\x9F\"\"\"\r";
+            lines.append(line);
+            bytes += line + '\n';
+        }
+    }
+    test::TestFolder folder;
+    const QString path = folder.Write(QStringLiteral("quoted.csv"), bytes);
+    for (int search : {0, 1, 2}) {
+        SCOPED_TRACE(testing::Message() << "search " << search);
+        clsCSVFile csv(64 * 1024, nullptr, search);
+        csv.OpenCSV(path, 0);
+        for (const QByteArray& line : lines) {
+            ASSERT_EQ(ViewsOf(csv), test::ReferenceCsvFields(line.chopped(1), false)) << line.toStdString();
+            csv.MoveNext();
+        }
+        EXPECT_TRUE(csv.EOFCSV());
+        // Views of a closed reader are gone with it.
+        csv.CloseCSV();
+        EXPECT_EQ(test::ErrorOf([&] { (void)csv.FieldView(0); }), ErrClosed);
+    }
+}
+
 // Fields are placed only when one is asked for: records passed unread, and a last record read
 // only after the walk has reached the end, must read as the rules say all the same.
 TEST(CSVFile, RecordsPassedUnreadLeaveTheOthersRight)

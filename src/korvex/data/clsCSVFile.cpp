@@ -197,7 +197,7 @@ int WideInstructions()
     static const int level = [] {
         if (!__builtin_cpu_supports("avx2") || !__builtin_cpu_supports("pclmul") || !__builtin_cpu_supports("popcnt"))
             return 0;
-        return __builtin_cpu_supports("avx512bw") ? 2 : 1;
+        return __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl") ? 2 : 1;
     }();
     return level;
 #else
@@ -308,6 +308,7 @@ void clsCSVFile::CloseCSV()
     mFile.close();
     mReadable = false;
     mHandleTaken = false;
+    ++mRecord;  // no field of the last record stays readable
     mAtEnd = false;
     mRecordCount = -1;
 }
@@ -411,7 +412,8 @@ bool clsCSVFile::Refill()
 // quotes from the block's first byte on.
 template <bool Popcnt>
 [[gnu::always_inline]] inline bool clsCSVFile::StoreBlock(ScanState& scan, qsizetype base, quint64 inBlock,
-                                                           quint64 commas, quint64 crs, quint64 lfs, quint64 inside)
+                                                           quint64 commas, quint64 crs, quint64 lfs, quint64 quotes,
+                                                           quint64 inside)
 {
     lfs &= inBlock;
     crs &= inBlock;
@@ -441,7 +443,7 @@ template <bool Popcnt>
     const quint32 crsBefore =
         b > 0 ? scan.blocks[b - 1].crsBefore + static_cast<quint32>(BitCount<Popcnt>(scan.blocks[b - 1].crs))
               : block.crsBefore;
-    block = {commas & inBlock & ~inside, crs, lfs, commasBefore, crsBefore};
+    block = {commas & inBlock & ~inside, crs, lfs, quotes & inBlock, commasBefore, crsBefore};
     // The line ends, with the counts before each; a block searched again lists only the new ones.
     quint64 newLfs = lfs;
     if (scan.listedTo > base)
@@ -477,7 +479,7 @@ void clsCSVFile::ScanBlocks(ScanState& scan)
     for (qsizetype base = scan.scannedTo; base < scan.end; base += 64) {
         const quint64 inBlock = InBlock(scan, base);
         const BlockMasks m = PlainMasks(scan.data + base);
-        if (!StoreBlock<false>(scan, base, inBlock, m.commas, m.crs, m.lfs, PrefixXor(m.quotes & inBlock)))
+        if (!StoreBlock<false>(scan, base, inBlock, m.commas, m.crs, m.lfs, m.quotes, PrefixXor(m.quotes & inBlock)))
             return;
     }
 }
@@ -488,7 +490,7 @@ void clsCSVFile::ScanBlocks(ScanState& scan)
     for (qsizetype base = scan.scannedTo; base < scan.end; base += 64) {
         const quint64 inBlock = InBlock(scan, base);
         const BlockMasks m = WideMasks(scan.data + base);
-        if (!StoreBlock<true>(scan, base, inBlock, m.commas, m.crs, m.lfs, WideParity(m.quotes & inBlock)))
+        if (!StoreBlock<true>(scan, base, inBlock, m.commas, m.crs, m.lfs, m.quotes, WideParity(m.quotes & inBlock)))
             return;
     }
 }
@@ -498,7 +500,7 @@ void clsCSVFile::ScanBlocks(ScanState& scan)
     for (qsizetype base = scan.scannedTo; base < scan.end; base += 64) {
         const quint64 inBlock = InBlock(scan, base);
         const BlockMasks m = WidestMasks(scan.data + base);
-        if (!StoreBlock<true>(scan, base, inBlock, m.commas, m.crs, m.lfs, WideParity(m.quotes & inBlock)))
+        if (!StoreBlock<true>(scan, base, inBlock, m.commas, m.crs, m.lfs, m.quotes, WideParity(m.quotes & inBlock)))
             return;
     }
 }
@@ -710,12 +712,59 @@ QByteArrayView clsCSVFile::FieldBytes(const FieldSpan& span, QByteArray& scratch
     return bytes;
 }
 
-// Decodes the whole line at once and places every field in it: a quoted field loses its quotes
-// and keeps one of each doubled quote inside, in place (it only shrinks); a field whose
-// apostrophes are to be doubled is written behind the line.
+namespace {
+
+// Drops the quote doubling each doubled quote among the `length` characters of `text`, from
+// the first quote inside at `from` on (`length` when none), and gives the length left.
+qsizetype DropDoubledQuotes(char16_t* text, qsizetype length, qsizetype from)
+{
+    qsizetype out = from;
+    for (qsizetype in = from; in < length; ++in) {
+        const char16_t c = text[in];
+        text[out++] = c;
+        in += c == u'"' && in + 1 < length && text[in + 1] == u'"' ? 1 : 0;
+    }
+    return out;
+}
+
+}  // namespace
+
+// One field of the decoded line in place: a quoted field loses its quotes and keeps one of each
+// doubled quote inside (it only shrinks); one whose apostrophes are to be doubled is written at
+// `behind`, which moves on past it.
+inline QStringView clsCSVFile::PlaceField(char16_t* line, qsizetype start, qsizetype length, char16_t*& behind) const
+{
+    char16_t* text = line + start;
+    const char* bytes = mLine.data() + start;
+    // Asked of the bytes, which were read long ago, rather than of the characters just written.
+    if (length >= 2 && bytes[0] == '"' && bytes[length - 1] == '"') {
+        ++text;
+        length -= 2;
+        // Nothing moves before the first quote inside, and most quoted fields have none.
+        length = DropDoubledQuotes(text, length, FirstQuote(text, length));
+    }
+    if (mParsedWithDoubledApostrophes && std::find(text, text + length, u'\'') != text + length) {
+        char16_t* doubled = behind;
+        for (qsizetype k = 0; k < length; ++k) {
+            *behind++ = text[k];
+            if (text[k] == u'\'')
+                *behind++ = u'\'';
+        }
+        text = doubled;
+        length = behind - doubled;
+    }
+    return QStringView(text, length);
+}
+
+// Decodes the whole line at once and places every field in it.
 void clsCSVFile::DecodeFields() const
 {
-    FindSpans();
+#if defined(KORVEX_CSV_WIDE_SCAN)
+    if (mSearch == 2 && !mParsedWithDoubledApostrophes && mLine.data() == mBuffer.constData() + mLineStart) {
+        DecodeMarkedLine();
+        return;
+    }
+#endif
     const qsizetype n = mLine.size();
     // Eight characters of room stay behind the rest, for FirstQuote to look past a field's end.
     const std::size_t room = static_cast<std::size_t>((mParsedWithDoubledApostrophes ? 3 * n : n) + 8);
@@ -724,40 +773,88 @@ void clsCSVFile::DecodeFields() const
     char16_t* line = mDecoded.data();
     FromWindows1252(mLine, line);
     char16_t* behind = line + n;
+    FindSpans();
     if (mViews.size() < mSpanCount)
         mViews.resize(mSpans.size());
-    const char* bytes = mLine.data();
-    for (std::size_t i = 0; i < mSpanCount; ++i) {
-        const FieldSpan& span = mSpans[i];
-        char16_t* text = line + span.start;
-        qsizetype length = span.length;
-        // Asked of the bytes, which were read long ago, rather than of the characters just written.
-        if (length >= 2 && bytes[span.start] == '"' && bytes[span.start + length - 1] == '"') {
-            ++text;
-            length -= 2;
-            // Nothing moves before the first quote inside, and most quoted fields have none.
-            qsizetype out = FirstQuote(text, length);
-            for (qsizetype in = out; in < length; ++in) {
-                const char16_t c = text[in];
-                text[out++] = c;
-                in += c == u'"' && in + 1 < length && text[in + 1] == u'"' ? 1 : 0;
-            }
-            length = out;
-        }
-        if (mParsedWithDoubledApostrophes && std::find(text, text + length, u'\'') != text + length) {
-            char16_t* doubled = behind;
-            for (qsizetype k = 0; k < length; ++k) {
-                *behind++ = text[k];
-                if (text[k] == u'\'')
-                    *behind++ = u'\'';
-            }
-            text = doubled;
-            length = behind - doubled;
-        }
-        mViews[i] = QStringView(text, length);
-    }
+    for (std::size_t i = 0; i < mSpanCount; ++i)
+        mViews[i] = PlaceField(line, mSpans[i].start, mSpans[i].length, behind);
     mViewsRecord = mRecord;
 }
+
+#if defined(KORVEX_CSV_WIDE_SCAN)
+namespace {
+
+// The quotes among the 64 bytes of the buffer from `at` on, as bits; the block behind the
+// line's last one is always there, its bits masked off by the caller.
+[[gnu::always_inline]] inline quint64 QuotesFrom(const CsvBlockBits* blocks, qsizetype at)
+{
+    const auto b = static_cast<std::size_t>(at / 64);
+    const int shift = static_cast<int>(at & 63);
+    const quint64 low = blocks[b].quotes >> shift;
+    return shift == 0 ? low : low | (blocks[b + 1].quotes << (64 - shift));
+}
+
+}  // namespace
+
+// The usual line, still in the buffer with its marks, with AVX-512: it is widened 32 bytes at a
+// time, reading and writing on past its end where the buffer and the characters keep room, and
+// its fields and their inner quotes are found from the marks, so no character is looked at
+// twice. A doubled-apostrophes reader takes the longer way.
+[[gnu::target("avx512bw,avx512vl")]] void clsCSVFile::DecodeMarkedLine() const
+{
+    const qsizetype start = mLineStart;
+    const qsizetype n = mLine.size();
+    const qsizetype end = start + n;
+    // Whole steps of 32, and eight characters for FirstQuote to look past a long field's end.
+    const auto room = static_cast<std::size_t>((n + 31) / 32 * 32 + 8);
+    if (mDecoded.size() < room)
+        mDecoded.resize(room);
+    const char* data = mBuffer.constData();
+    const char* bytes = data + start;
+    char16_t* const line = mDecoded.data();
+    const __m256i top3 = _mm256_set1_epi8(static_cast<char>(0xE0));
+    const __m256i high = _mm256_set1_epi8(static_cast<char>(0x80));
+    // The buffer keeps room behind its last byte, so the last step loads whole.
+    for (qsizetype at = 0; at < n; at += 32) {
+        const __m256i chunk = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes + at));
+        _mm512_storeu_si512(line + at, _mm512_cvtepu8_epi16(chunk));
+        for (auto controls = _mm256_cmpeq_epi8_mask(_mm256_and_si256(chunk, top3), high); controls != 0;
+             controls &= controls - 1) {
+            const qsizetype control = at + std::countr_zero(controls);
+            line[control] = FromWindows1252(bytes[control]);
+        }
+    }
+    if (mViews.size() < mSpanCount)
+        mViews.resize(std::max(mSpanCount, 2 * mViews.size()));
+    QStringView* view = mViews.data();
+    qsizetype fieldStart = 0;
+    const auto placeField = [&](qsizetype fieldEnd) {
+        char16_t* text = line + fieldStart;
+        qsizetype length = fieldEnd - fieldStart;
+        const char* field = bytes + fieldStart;
+        if (length >= 2 && field[0] == '"' && field[length - 1] == '"') {
+            ++text;
+            length -= 2;
+            if (length >= 64) {
+                length = DropDoubledQuotes(text, length, FirstQuote(text, length));
+            } else if (const quint64 quotes =
+                           QuotesFrom(mBlocks.data(), start + fieldStart + 1) & ((quint64{1} << length) - 1)) {
+                length = DropDoubledQuotes(text, length, std::countr_zero(quotes));
+            }
+        }
+        *view++ = QStringView(text, length);
+        fieldStart = fieldEnd + 1;
+    };
+    ForEachBlock(start, end, [](const CsvBlockBits& block) { return block.commas; }, [&](qsizetype base, quint64 bits) {
+        for (; bits != 0; bits &= bits - 1)
+            placeField(base + std::countr_zero(bits) - start);
+    });
+    if (fieldStart < n)
+        placeField(n);
+    Q_ASSERT(static_cast<std::size_t>(view - mViews.data()) == mSpanCount);
+    mViewsRecord = mRecord;
+}
+#endif
 
 const QString& clsCSVFile::MaterialisedField(int index) const
 {

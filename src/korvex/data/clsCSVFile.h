@@ -16,10 +16,10 @@
 namespace korvex {
 
 // Where the bytes that matter lie in 64 bytes of the reader's buffer: bit i of a mask is set
-// where byte i is a separating comma, a CR or an LF; beside them the number of separating
+// where byte i is a separating comma, a CR, an LF or a quote; beside them the number of separating
 // commas and CRs in the blocks before, so that a line's are counted at once.
 struct CsvBlockBits {
-    quint64 commas = 0, crs = 0, lfs = 0;
+    quint64 commas = 0, crs = 0, lfs = 0, quotes = 0;
     quint32 commasBefore = 0, crsBefore = 0;
 };
 
@@ -86,6 +86,9 @@ public:
     // made per field. Valid until the reader moves, closes or DoubleApostrophes is set.
     QStringView FieldView(short Index) const
     {
+        // Views are only current while the reader is open: closing moves the record count on.
+        if (mViewsRecord == mRecord && static_cast<unsigned short>(Index) < mSpanCount) [[likely]]
+            return mViews[static_cast<unsigned short>(Index)];
         if (!mHandleTaken || Index < 0 || Index > mHighestFieldIndex)
             RaiseFieldText(Index);
         if (mViewsRecord != mRecord)
@@ -124,6 +127,8 @@ private:
     void FindSpans() const;
     QByteArrayView FieldBytes(const FieldSpan& span, QByteArray& scratch) const;
     void DecodeFields() const;
+    QStringView PlaceField(char16_t* line, qsizetype start, qsizetype length, char16_t*& behind) const;
+    void DecodeMarkedLine() const;
     const QString& MaterialisedField(int index) const;
     void ResetReadBuffer();
 
@@ -162,7 +167,7 @@ private:
     static quint64 InBlock(const ScanState& scan, qsizetype base);
     template <bool Popcnt>
     static bool StoreBlock(ScanState& scan, qsizetype base, quint64 inBlock, quint64 commas, quint64 crs, quint64 lfs,
-                           quint64 inside);
+                           quint64 quotes, quint64 inside);
     template <class Select, class Visit>
     void ForEachBlock(qsizetype from, qsizetype to, Select select, Visit visit) const;
     qsizetype mScannedTo = 0;

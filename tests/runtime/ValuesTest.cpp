@@ -70,9 +70,10 @@ TEST(Values, Windows1252RoundTripsEveryByte)
     EXPECT_EQ(ToWindows1252(text), all);
     EXPECT_EQ(ToWindows1252(u"Ł€"), QByteArray("?\x80")) << "characters the code page lacks become ?";
 
-    // Texts of every length up to three blocks of sixteen, with bytes of 0x80 to 0x9F falling on
-    // every place of a block and of its overlapping last block, read as their bytes one by one.
-    for (qsizetype n = 0; n <= 48; ++n) {
+    // Texts of every length up to three blocks of 16 or of 32 (as wide as the processor goes),
+    // with bytes of 0x80 to 0x9F falling on every place of a block and of its last block, read
+    // as their bytes one by one.
+    for (qsizetype n = 0; n <= 96; ++n) {
         for (int shift = 0; shift < 8; ++shift) {
             QByteArray bytes(n, Qt::Uninitialized);
             for (qsizetype i = 0; i < n; ++i)

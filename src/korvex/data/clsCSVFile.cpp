@@ -197,7 +197,7 @@ int WideInstructions()
     static const int level = [] {
         if (!__builtin_cpu_supports("avx2") || !__builtin_cpu_supports("pclmul") || !__builtin_cpu_supports("popcnt"))
             return 0;
-        return __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl") ? 2 : 1;
+        return __builtin_cpu_supports("avx512bw") ? 2 : 1;
     }();
     return level;
 #else
@@ -759,12 +759,10 @@ inline QStringView clsCSVFile::PlaceField(char16_t* line, qsizetype start, qsize
 // Decodes the whole line at once and places every field in it.
 void clsCSVFile::DecodeFields() const
 {
-#if defined(KORVEX_CSV_WIDE_SCAN)
-    if (mSearch == 2 && !mParsedWithDoubledApostrophes && mLine.data() == mBuffer.constData() + mLineStart) {
+    if (!mParsedWithDoubledApostrophes && mLine.data() == mBuffer.constData() + mLineStart) {
         DecodeMarkedLine();
         return;
     }
-#endif
     const qsizetype n = mLine.size();
     // Eight characters of room stay behind the rest, for FirstQuote to look past a field's end.
     const std::size_t room = static_cast<std::size_t>((mParsedWithDoubledApostrophes ? 3 * n : n) + 8);
@@ -781,12 +779,11 @@ void clsCSVFile::DecodeFields() const
     mViewsRecord = mRecord;
 }
 
-#if defined(KORVEX_CSV_WIDE_SCAN)
 namespace {
 
 // The quotes among the 64 bytes of the buffer from `at` on, as bits; the block behind the
 // line's last one is always there, its bits masked off by the caller.
-[[gnu::always_inline]] inline quint64 QuotesFrom(const CsvBlockBits* blocks, qsizetype at)
+inline quint64 QuotesFrom(const CsvBlockBits* blocks, qsizetype at)
 {
     const auto b = static_cast<std::size_t>(at / 64);
     const int shift = static_cast<int>(at & 63);
@@ -796,34 +793,19 @@ namespace {
 
 }  // namespace
 
-// The usual line, still in the buffer with its marks, with AVX-512: it is widened 32 bytes at a
-// time, reading and writing on past its end where the buffer and the characters keep room, and
-// its fields and their inner quotes are found from the marks, so no character is looked at
-// twice. A doubled-apostrophes reader takes the longer way.
-[[gnu::target("avx512bw,avx512vl")]] void clsCSVFile::DecodeMarkedLine() const
+// The usual line, still in the buffer with its marks: its fields and the quotes inside them
+// are found from the marks, so no character is looked at twice. (Doubled apostrophes take the
+// longer way.)
+void clsCSVFile::DecodeMarkedLine() const
 {
     const qsizetype start = mLineStart;
     const qsizetype n = mLine.size();
-    const qsizetype end = start + n;
-    // Whole steps of 32, and eight characters for FirstQuote to look past a long field's end.
-    const auto room = static_cast<std::size_t>((n + 31) / 32 * 32 + 8);
-    if (mDecoded.size() < room)
-        mDecoded.resize(room);
-    const char* data = mBuffer.constData();
-    const char* bytes = data + start;
+    // Eight characters of room stay behind the rest, for FirstQuote to look past a field's end.
+    if (mDecoded.size() < static_cast<std::size_t>(n + 8))
+        mDecoded.resize(static_cast<std::size_t>(n + 8));
     char16_t* const line = mDecoded.data();
-    const __m256i top3 = _mm256_set1_epi8(static_cast<char>(0xE0));
-    const __m256i high = _mm256_set1_epi8(static_cast<char>(0x80));
-    // The buffer keeps room behind its last byte, so the last step loads whole.
-    for (qsizetype at = 0; at < n; at += 32) {
-        const __m256i chunk = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes + at));
-        _mm512_storeu_si512(line + at, _mm512_cvtepu8_epi16(chunk));
-        for (auto controls = _mm256_cmpeq_epi8_mask(_mm256_and_si256(chunk, top3), high); controls != 0;
-             controls &= controls - 1) {
-            const qsizetype control = at + std::countr_zero(controls);
-            line[control] = FromWindows1252(bytes[control]);
-        }
-    }
+    FromWindows1252(mLine, line);
+    const char* bytes = mLine.data();
     if (mViews.size() < mSpanCount)
         mViews.resize(std::max(mSpanCount, 2 * mViews.size()));
     QStringView* view = mViews.data();
@@ -845,7 +827,7 @@ namespace {
         *view++ = QStringView(text, length);
         fieldStart = fieldEnd + 1;
     };
-    ForEachBlock(start, end, [](const CsvBlockBits& block) { return block.commas; }, [&](qsizetype base, quint64 bits) {
+    ForEachBlock(start, start + n, [](const CsvBlockBits& block) { return block.commas; }, [&](qsizetype base, quint64 bits) {
         for (; bits != 0; bits &= bits - 1)
             placeField(base + std::countr_zero(bits) - start);
     });
@@ -854,7 +836,6 @@ namespace {
     Q_ASSERT(static_cast<std::size_t>(view - mViews.data()) == mSpanCount);
     mViewsRecord = mRecord;
 }
-#endif
 
 const QString& clsCSVFile::MaterialisedField(int index) const
 {

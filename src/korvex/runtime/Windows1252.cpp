@@ -22,6 +22,11 @@ constexpr char16_t HighControls[32] = {
     0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178,
 };
 
+char16_t FromByte(unsigned char b)
+{
+    return (b >= 0x80 && b < 0xA0) ? HighControls[b - 0x80] : static_cast<char16_t>(b);
+}
+
 const QHash<char16_t, char>& ReverseTable()
 {
     static const QHash<char16_t, char> table = [] {
@@ -34,12 +39,6 @@ const QHash<char16_t, char>& ReverseTable()
 }
 
 }  // namespace
-
-char16_t FromWindows1252(char byte)
-{
-    const auto b = static_cast<unsigned char>(byte);
-    return (b >= 0x80 && b < 0xA0) ? HighControls[b - 0x80] : static_cast<char16_t>(b);
-}
 
 QString FromWindows1252(QByteArrayView bytes)
 {
@@ -70,7 +69,7 @@ namespace {
         for (__mmask32 controls = _mm256_mask_cmpeq_epi8_mask(valid, _mm256_and_si256(block, top3), high); controls != 0;
              controls &= controls - 1) {
             const qsizetype at = i + std::countr_zero(controls);
-            out[at] = FromWindows1252(static_cast<char>(in[at]));
+            out[at] = FromByte(in[at]);
         }
     }
 }
@@ -92,7 +91,7 @@ void FromWindows1252(QByteArrayView bytes, char16_t* out)
         return FromWindows1252Widest(reinterpret_cast<const unsigned char*>(bytes.data()), n, out);
 #endif
     const auto* in = reinterpret_cast<const unsigned char*>(bytes.data());
-    const auto fromTable = [&](qsizetype i) { out[i] = FromWindows1252(static_cast<char>(in[i])); };
+    const auto fromTable = [&](qsizetype i) { out[i] = FromByte(in[i]); };
 #if defined(__SSE2__)
     if (n >= 16) {
         // Sixteen bytes at a time are widened as Latin-1; the few in 0x80 to 0x9F are then put

@@ -18,7 +18,6 @@ void FromWindows1252(QByteArrayView bytes, QString& text);
 // The same into `out`, which has room for bytes.size() characters: for readers that decode
 // into storage of their own.
 void FromWindows1252(QByteArrayView bytes, char16_t* out);
-char16_t FromWindows1252(char byte);
 // Characters the code page lacks become "?".
 QByteArray ToWindows1252(QStringView text);
 

@@ -827,10 +827,27 @@ void clsCSVFile::DecodeMarkedLine() const
         *view++ = QStringView(text, length);
         fieldStart = fieldEnd + 1;
     };
+    // The commas' places are listed first, eight a block whatever it holds, so that neither this
+    // nor the loop over the fields waits on a guess about where a block's commas run out.
+    if (mCommaPlaces.size() < static_cast<std::size_t>(n + 8))
+        mCommaPlaces.resize(static_cast<std::size_t>(n + 8));
+    qsizetype* const places = mCommaPlaces.data();
+    qsizetype* listed = places;
     ForEachBlock(start, start + n, [](const CsvBlockBits& block) { return block.commas; }, [&](qsizetype base, quint64 bits) {
-        for (; bits != 0; bits &= bits - 1)
-            placeField(base + std::countr_zero(bits) - start);
+        const qsizetype offset = base - start;
+        const int count = std::popcount(bits);
+        qsizetype* at = listed;
+        do {
+            for (int k = 0; k < 8; ++k) {
+                at[k] = offset + std::countr_zero(bits);
+                bits &= bits - 1;
+            }
+            at += 8;
+        } while (bits != 0);
+        listed += count;
     });
+    for (const qsizetype* comma = places; comma != listed; ++comma)
+        placeField(*comma);
     if (fieldStart < n)
         placeField(n);
     Q_ASSERT(static_cast<std::size_t>(view - mViews.data()) == mSpanCount);

@@ -203,6 +203,7 @@ private:
     // mViewsRecord equals mRecord.
     mutable std::vector<char16_t> mDecoded;
     mutable std::vector<QStringView> mViews;
+    mutable std::vector<qsizetype> mCommaPlaces;  // the line's separating commas while it is placed
     mutable quint64 mViewsRecord = 0;
     quint64 mRecord = 0;
     int mHighestFieldIndex = -1;

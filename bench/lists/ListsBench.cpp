@@ -78,6 +78,10 @@ void LetBoundValue(benchmark::State& state, Recordset& rows, const QString& colu
     const int count = static_cast<int>(rows.RecordCount());
     const auto valueOf = [&](int i) { return numeric ? Variant(std::int32_t{i}) : Variant(CodeOf(i)); };
     const Variant values[] = {valueOf(count - 1), valueOf(count / 2 + 7)};
+    // The first Let of each kind builds the index it looks values up in, once for the list's
+    // life; that is paid before the clock starts, as the Lets are what is measured.
+    for (const Variant& value : values)
+        l.list->SetBoundValue(value);
     int turn = 0;
     for (auto _ : state) {
         l.list->SetBoundValue(values[turn ^= 1]);

@@ -139,12 +139,37 @@ Variant Column::Get(RowId row) const
 
 bool Column::Holds(RowId row, const Variant& value) const
 {
-    if (mStorage != StorageKind::Text || mField.Info().padded)
-        return Get(row) == value;
     if (IsNull(row))
         return value.IsNull();
-    const auto* text = value.As<QString>();
-    return text && Text(row) == QStringView(*text);
+    // The same type as Get would make, and the same value: compared where it lies.
+    const auto same = [&value](auto stored) {
+        const auto* held = value.As<decltype(stored)>();
+        return held && *held == stored;
+    };
+    switch (mStorage) {
+    case StorageKind::Text: {
+        if (mField.Info().padded)
+            return Get(row) == value;
+        const auto* text = value.As<QString>();
+        return text && Text(row) == QStringView(*text);
+    }
+    case StorageKind::Integer: {
+        const auto i = static_cast<std::int64_t>(mSlots[row]);
+        switch (mField.Type) {
+        case adSmallInt:
+        case adTinyInt: return same(static_cast<std::int16_t>(i));
+        case adUnsignedTinyInt: return same(static_cast<std::uint8_t>(i));
+        case adInteger:
+        case adUnsignedSmallInt: return same(static_cast<std::int32_t>(i));
+        default: return same(static_cast<double>(i));
+        }
+    }
+    case StorageKind::Real:
+        if (mField.Type == adSingle)
+            return same(static_cast<float>(std::bit_cast<double>(mSlots[row])));
+        return same(std::bit_cast<double>(mSlots[row]));
+    default: return Get(row) == value;
+    }
 }
 
 double Column::Number(RowId row) const noexcept

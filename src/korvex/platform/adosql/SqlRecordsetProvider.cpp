@@ -289,8 +289,11 @@ void SqlRecordsetProvider::Update(const RecordsetStore& store, RowId row, Attemp
     changed.clear();
     std::string& shape = mShapeScratch;
     shape.clear();
+    const std::uint64_t written = store.WrittenFields(row);
     for (int f = 0; f < store.FieldCount(); ++f) {
-        if (mPlan.baseColumns[f].isEmpty() || store.ValueIs(row, f, originals[f]))
+        if (!((written >> std::min(f, 63)) & 1) || mPlan.baseColumns[f].isEmpty())
+            continue;  // never written: as read
+        if (store.ValueIs(row, f, originals[f]))
             continue;  // changed and changed back: nothing to send
         changed.push_back(f);
         shape += static_cast<char>('0' + f % 64);

@@ -322,6 +322,7 @@ void SqlRecordsetProvider::Update(const RecordsetStore& store, RowId row, Attemp
     shape += '|';
     if (mPlan.rowIdKey)
         shape += static_cast<char>(MatchKind::RowId);
+    const std::size_t kinds = shape.size();  // each match's kind, in order, from here on
     for (int f : matches)
         shape += static_cast<char>(KindOf(store.Field(f), matched[f]));
     if (!mLastUpdate || shape != mLastShape) {
@@ -336,8 +337,8 @@ void SqlRecordsetProvider::Update(const RecordsetStore& store, RowId row, Attemp
         QStringList conditions;
         if (mPlan.rowIdKey)
             conditions << MatchText(MatchKind::RowId, -1);
-        for (int f : matches)
-            conditions << MatchText(KindOf(store.Field(f), matched[f]), f);
+        for (std::size_t i = 0; i < matches.size(); ++i)
+            conditions << MatchText(static_cast<MatchKind>(shape[kinds + i]), matches[i]);
         text.sql = QStringLiteral("UPDATE %1 SET %2 WHERE %3")
                        .arg(Table(), assignments.join(QStringLiteral(", ")), conditions.join(QStringLiteral(" AND ")));
     }
@@ -351,9 +352,9 @@ void SqlRecordsetProvider::Update(const RecordsetStore& store, RowId row, Attemp
         BindValue(statement, position++, store, row, f);
     if (mPlan.rowIdKey)
         BindMatch(statement, position, MatchKind::RowId, Variant(), adBigInt, RowIdOf(row));
-    for (int f : matches) {
-        const FieldDef& def = store.Field(f);
-        BindMatch(statement, position, KindOf(def, matched[f]), matched[f], def.Type);
+    for (std::size_t i = 0; i < matches.size(); ++i) {
+        const int f = matches[i];
+        BindMatch(statement, position, static_cast<MatchKind>(shape[kinds + i]), matched[f], store.Field(f).Type);
     }
     statement.Run();
     const int affected = statement.RowsAffected();

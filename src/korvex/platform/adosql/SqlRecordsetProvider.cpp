@@ -255,13 +255,10 @@ void SqlRecordsetProvider::BindVariant(SqlStatement& statement, int position, co
         statement.Bind(position, mSession->ToParameter(value, type));
 }
 
-SqlStatement& SqlRecordsetProvider::RunWith(const QString& sql, const Condition& where,
-                                            std::span<const QVariant> leading) const
+SqlStatement& SqlRecordsetProvider::RunWith(const QString& sql, const Condition& where) const
 {
     SqlStatement& statement = mSession->Cached(sql);
     int position = 1;
-    for (const QVariant& parameter : leading)
-        statement.Bind(position++, parameter);
     for (const Match& match : where.matches)
         BindMatch(statement, position, match.kind, match.value, match.type, match.rowId);
     statement.Run();

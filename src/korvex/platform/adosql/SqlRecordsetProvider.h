@@ -92,9 +92,9 @@ private:
     // is read where it lies, so `value` must outlive the statement's run.
     void BindVariant(SqlStatement& statement, int position, const Variant& value, DataTypeEnum type) const;
     void BindValue(SqlStatement& statement, int position, const RecordsetStore& store, RowId row, int field) const;
-    // Runs a statement with the condition's values after `leading` and returns it, its rows
-    // (if any) still to be read; Finish it after.
-    SqlStatement& RunWith(const QString& sql, const Condition& where, std::span<const QVariant> leading = {}) const;
+    // Runs a statement bound with the condition's values and returns it, its rows (if any)
+    // still to be read; Finish it after.
+    SqlStatement& RunWith(const QString& sql, const Condition& where) const;
     // A row no statement found: still there under its key (changed by someone) or gone.
     int ConflictStatus(const RecordsetStore& store, RowId row) const;
     QString Table() const;

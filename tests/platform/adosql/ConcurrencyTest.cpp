@@ -8,6 +8,7 @@
 #include "korvex/platform/adosql/DriverError.h"
 #include "korvex/platform/ado/Field.h"
 #include "korvex/platform/ado/Fields.h"
+#include "korvex/runtime/DateTime.h"
 
 #include <gtest/gtest.h>
 
@@ -172,6 +173,66 @@ TEST_P(TwoUsers, NullOriginalValuesMatchNullAndOnlyNull)
     SetValueOf(mTheirs, "city", "Oslo");
     mTheirs->UpdateBatch();
     EXPECT_EQ((QStringList{"Oslo", "Oslo", "Rome"}), ReadColumn(mSecond, Cities));
+}
+
+// Dates, Booleans, reals and integers are sent and matched as their own types: a row is found
+// by the values as read, refused when they changed the same column, and written when a column
+// was changed and changed back beside one really changed.
+TEST_P(TwoUsers, TypedColumnsAreWrittenAndMatchedAsRead)
+{
+    mFirst->Execute(QStringLiteral("DROP TABLE IF EXISTS tasks"));
+    mFirst->Execute(QStringLiteral(
+        "CREATE TABLE tasks (id INTEGER PRIMARY KEY, due TIMESTAMP, done BOOLEAN, price DOUBLE PRECISION, qty INTEGER)"));
+    mFirst->Execute(QStringLiteral("INSERT INTO tasks VALUES (1, '2024-03-01 10:00:00', FALSE, 0.1, 5), "
+                                   "(2, '2024-03-02 10:00:00', FALSE, 0.2, 6), (3, NULL, TRUE, NULL, NULL)"));
+    const QString select = QStringLiteral("SELECT id, due, done, price, qty FROM tasks ORDER BY id");
+    const auto day = [](int d, int hour) { return Variant(DateFromQDateTime(QDateTime(QDate(2024, 4, d), QTime(hour, 30)))); };
+    mMine = OpenBatch(mFirst, select);
+    mTheirs = OpenBatch(mSecond, select);
+    ASSERT_TRUE(Seek(mTheirs, "id", "2"));
+    SetValueOf(mTheirs, "due", day(2, 8));
+    mTheirs->UpdateBatch();
+
+    ASSERT_TRUE(Seek(mMine, "id", "1"));
+    SetValueOf(mMine, "due", day(1, 9));
+    SetValueOf(mMine, "done", Variant(true));
+    SetValueOf(mMine, "price", Variant(0.30000000000000004));
+    ASSERT_TRUE(Seek(mMine, "id", "2"));
+    SetValueOf(mMine, "due", day(3, 7));  // they changed it first: refused
+    ASSERT_TRUE(Seek(mMine, "id", "3"));
+    SetValueOf(mMine, "qty", Variant(std::int32_t{9}));
+    SetValueOf(mMine, "done", Variant(false));
+    SetValueOf(mMine, "done", Variant(true));  // changed back
+    SetValueOf(mMine, "due", day(5, 12));
+    EXPECT_EQ(adErrRowConflict, WriteMine());
+    EXPECT_TRUE(Written("1"));
+    EXPECT_EQ(adRecModified | adRecConcurrencyViolation, StatusOf("2"));
+    EXPECT_TRUE(Written("3"));
+
+    auto fresh = OpenBatch(mSecond, select);
+    ASSERT_TRUE(Seek(fresh, "id", "1"));
+    EXPECT_EQ(day(1, 9), ValueOf(fresh, "due"));
+    EXPECT_TRUE(CBool(ValueOf(fresh, "done")));
+    EXPECT_DOUBLE_EQ(0.30000000000000004, CDbl(ValueOf(fresh, "price")));
+    ASSERT_TRUE(Seek(fresh, "id", "2"));
+    EXPECT_EQ(day(2, 8), ValueOf(fresh, "due"));
+    ASSERT_TRUE(Seek(fresh, "id", "3"));
+    EXPECT_EQ(day(5, 12), ValueOf(fresh, "due"));
+    EXPECT_TRUE(CBool(ValueOf(fresh, "done")));
+    EXPECT_EQ(9, CLng(ValueOf(fresh, "qty")));
+
+    // The rows just written are found again by their new values, and a row they changed
+    // meanwhile by any typed column is refused.
+    mSecond->Execute(QStringLiteral("UPDATE tasks SET qty = 10 WHERE id = 3"));
+    ASSERT_TRUE(Seek(mMine, "id", "2"));
+    mMine->CancelBatch(adAffectCurrent);
+    for (mMine->MoveFirst(); !mMine->IsEOF(); mMine->MoveNext()) {
+        SetValueOf(mMine, "qty", Variant(CLng(ValueOf(mMine, "id")) * 100));
+        SetValueOf(mMine, "price", Variant(1.5));
+    }
+    EXPECT_EQ(adErrRowConflict, WriteMine());
+    EXPECT_EQ((QStringList{"100", "200", "10"}), ReadColumn(mSecond, QStringLiteral("SELECT qty FROM tasks ORDER BY id")));
+    EXPECT_EQ(adRecModified | adRecConcurrencyViolation, StatusOf("3"));
 }
 
 TEST_P(TwoUsers, InsertsReadBackTheirGeneratedKeysAndRequerySeesTheOtherUser)

@@ -42,6 +42,26 @@ std::uint64_t ToSlot(const Variant& value, StorageKind storage)
     return 0;
 }
 
+// Calls `use` with a slot of integer or real storage as the type the field reports it in.
+template <typename Use>
+auto WithNumber(const FieldDef& field, StorageKind storage, std::uint64_t slot, Use use)
+{
+    if (storage == StorageKind::Real) {
+        if (field.Type == adSingle)
+            return use(static_cast<float>(std::bit_cast<double>(slot)));
+        return use(std::bit_cast<double>(slot));
+    }
+    const auto i = static_cast<std::int64_t>(slot);
+    switch (field.Type) {
+    case adSmallInt:
+    case adTinyInt: return use(static_cast<std::int16_t>(i));
+    case adUnsignedTinyInt: return use(static_cast<std::uint8_t>(i));
+    case adInteger:
+    case adUnsignedSmallInt: return use(static_cast<std::int32_t>(i));
+    default: return use(static_cast<double>(i));
+    }
+}
+
 }  // namespace
 
 Column::Column(const FieldDef& field) : mField(field), mStorage(field.Info().storage) {}
@@ -115,21 +135,8 @@ Variant Column::Get(RowId row) const
             text = text.leftJustified(mField.DefinedSize, u' ');
         return Variant(std::move(text));
     }
-    case StorageKind::Integer: {
-        const auto i = static_cast<std::int64_t>(slot);
-        switch (mField.Type) {
-        case adSmallInt:
-        case adTinyInt: return Variant(static_cast<std::int16_t>(i));
-        case adUnsignedTinyInt: return Variant(static_cast<std::uint8_t>(i));
-        case adInteger:
-        case adUnsignedSmallInt: return Variant(static_cast<std::int32_t>(i));
-        default: return Variant(static_cast<double>(i));
-        }
-    }
-    case StorageKind::Real:
-        if (mField.Type == adSingle)
-            return Variant(static_cast<float>(std::bit_cast<double>(slot)));
-        return Variant(std::bit_cast<double>(slot));
+    case StorageKind::Integer:
+    case StorageKind::Real: return WithNumber(mField, mStorage, slot, [](auto number) { return Variant(number); });
     case StorageKind::Currency: return Variant(Currency::FromScaled(static_cast<std::int64_t>(slot)));
     case StorageKind::Date: return Variant(Date{std::bit_cast<double>(slot)});
     case StorageKind::Boolean: return Variant(slot != 0);
@@ -139,12 +146,24 @@ Variant Column::Get(RowId row) const
 
 bool Column::Holds(RowId row, const Variant& value) const
 {
-    if (mStorage != StorageKind::Text || mField.Info().padded)
-        return Get(row) == value;
     if (IsNull(row))
         return value.IsNull();
-    const auto* text = value.As<QString>();
-    return text && Text(row) == QStringView(*text);
+    // The same type as Get would make, and the same value: compared where it lies.
+    const auto same = [&value](auto stored) {
+        const auto* held = value.As<decltype(stored)>();
+        return held && *held == stored;
+    };
+    switch (mStorage) {
+    case StorageKind::Text: {
+        if (mField.Info().padded)
+            return Get(row) == value;
+        const auto* text = value.As<QString>();
+        return text && Text(row) == QStringView(*text);
+    }
+    case StorageKind::Integer:
+    case StorageKind::Real: return WithNumber(mField, mStorage, mSlots[row], same);
+    default: return Get(row) == value;
+    }
 }
 
 double Column::Number(RowId row) const noexcept

@@ -80,17 +80,58 @@ Variant RecordsetStore::OriginalValue(RowId row, int field) const
 {
     if (mState[row] & (AddingFlag | adRecNew))
         return {};
-    if (auto it = mOriginals.find(row); it != mOriginals.end())
-        return it->second[static_cast<std::size_t>(field)];
+    if (const Variant* originals = OriginalValues(row))
+        return originals[field];
     return Value(row, field);
 }
 
 const Variant* RecordsetStore::OriginalValues(RowId row) const
 {
-    if (mOriginals.empty() || (mState[row] & (AddingFlag | adRecNew)))
+    if (row >= mOriginalSlot.size() || mOriginalSlot[row] == 0 || (mState[row] & (AddingFlag | adRecNew)))
         return nullptr;
-    auto it = mOriginals.find(row);
-    return it != mOriginals.end() ? it->second.data() : nullptr;
+    return &mOriginalPool[(mOriginalSlot[row] - 1) * mFields.size()];
+}
+
+std::uint64_t RecordsetStore::WrittenFields(RowId row) const
+{
+    if (row >= mOriginalSlot.size() || mOriginalSlot[row] == 0)
+        return 0;
+    return mWrittenFields[mOriginalSlot[row] - 1];
+}
+
+void RecordsetStore::KeepOriginals(RowId row, int field)
+{
+    if (mOriginalSlot.size() <= row)
+        mOriginalSlot.resize(mState.size(), 0);
+    std::uint32_t& slot = mOriginalSlot[row];
+    if (slot == 0) {
+        // A slot freed by an earlier row is used again before the pool grows.
+        if (!mFreeSlots.empty()) {
+            slot = mFreeSlots.back();
+            mFreeSlots.pop_back();
+        } else {
+            mOriginalPool.resize(mOriginalPool.size() + mFields.size());
+            mWrittenFields.push_back(0);
+            slot = static_cast<std::uint32_t>(mWrittenFields.size());
+        }
+        Variant* originals = &mOriginalPool[(slot - 1) * mFields.size()];
+        for (std::size_t i = 0; i < mColumns.size(); ++i)
+            originals[i] = mColumns[i].Get(row);
+        mWrittenFields[slot - 1] = 0;
+    }
+    mWrittenFields[slot - 1] |= std::uint64_t{1} << std::min(field, 63);
+}
+
+void RecordsetStore::DropOriginals(RowId row)
+{
+    if (row >= mOriginalSlot.size() || mOriginalSlot[row] == 0)
+        return;
+    const std::uint32_t slot = mOriginalSlot[row];
+    mOriginalSlot[row] = 0;
+    Variant* originals = &mOriginalPool[(slot - 1) * mFields.size()];
+    for (std::size_t i = 0; i < mFields.size(); ++i)
+        originals[i] = Variant();  // a text is freed now, not when the slot is next used
+    mFreeSlots.push_back(slot);
 }
 
 Variant RecordsetStore::UnderlyingValue(RowId row, int field) const
@@ -194,13 +235,7 @@ void RecordsetStore::WriteColumn(RowId row, int field, const Variant& value)
 void RecordsetStore::WriteValue(RowId row, int field, const Variant& value)
 {
     if (!(mState[row] & (AddingFlag | adRecNew))) {
-        if (!mOriginals.contains(row)) {
-            std::vector<Variant> originals;
-            originals.reserve(mColumns.size());
-            for (const Column& column : mColumns)
-                originals.push_back(column.Get(row));
-            mOriginals.emplace(row, std::move(originals));
-        }
+        KeepOriginals(row, field);
         mState[row] |= adRecModified;
         mState[row] &= ~static_cast<std::uint32_t>(adRecUnmodified);
         MarkPending(row);
@@ -250,18 +285,19 @@ void RecordsetStore::RemoveRow(RowId row, const void* origin)
 
 void RecordsetStore::ForgetChanges(RowId row)
 {
-    mOriginals.erase(row);
-    mUnderlying.erase(row);
+    DropOriginals(row);
+    if (!mUnderlying.empty())
+        mUnderlying.erase(row);
 }
 
 void RecordsetStore::RestoreOriginals(RowId row)
 {
-    auto it = mOriginals.find(row);
-    if (it == mOriginals.end())
+    const Variant* originals = OriginalValues(row);
+    if (!originals)
         return;
     for (int i = 0; i < FieldCount(); ++i)
-        WriteColumn(row, i, it->second[static_cast<std::size_t>(i)]);
-    mOriginals.erase(it);
+        WriteColumn(row, i, originals[i]);
+    DropOriginals(row);
 }
 
 void RecordsetStore::AcceptChanges(std::span<const RowId> rows, const void* origin)

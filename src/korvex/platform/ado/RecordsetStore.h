@@ -73,8 +73,11 @@ public:
     // The value as read, before pending changes; Empty for a row added and not yet sent.
     Variant OriginalValue(RowId row, int field) const;
     // A changed row's values as read, one per field; nullptr for a row without changes kept
-    // (unchanged, or added): its values as read are its values.
+    // (unchanged, or added): its values as read are its values. Valid until the next write.
     const Variant* OriginalValues(RowId row) const;
+    // The fields written since the row was read, as bits (field f at bit f; bit 63 stands for
+    // every field from 63 on): only these can differ from the values as read.
+    std::uint64_t WrittenFields(RowId row) const;
     // Whether the row's value of the field is `value` (the same type and value), without
     // making a copy of it.
     bool ValueIs(RowId row, int field, const Variant& value) const { return ColumnOf(field).Holds(row, value); }
@@ -166,6 +169,8 @@ private:
     void DropLog();
     void WriteColumn(RowId row, int field, const Variant& value);
     void RestoreOriginals(RowId row);
+    void KeepOriginals(RowId row, int field);
+    void DropOriginals(RowId row);
     void ForgetChanges(RowId row);
     void MarkPending(RowId row);
     void TidyPending() const;
@@ -184,7 +189,13 @@ private:
     mutable std::vector<RowId> mPending;
     std::size_t mPendingCount = 0;
     mutable bool mPendingSorted = true;
-    std::unordered_map<RowId, std::vector<Variant>> mOriginals;
+    // The values as read of rows with changes, FieldCount values a slot, found through each
+    // row's slot number (0: none): a batch of thousands of rows neither searches nor allocates
+    // a row. Slots freed by sent or cancelled rows are used again.
+    std::vector<std::uint32_t> mOriginalSlot;  // by row, as long as the rows when first needed
+    std::vector<Variant> mOriginalPool;
+    std::vector<std::uint64_t> mWrittenFields;  // by slot
+    std::vector<std::uint32_t> mFreeSlots;
     std::unordered_map<RowId, std::map<int, Variant>> mUnderlying;
     std::vector<Change> mLog;
     std::uint64_t mLogBase = 0;

@@ -38,19 +38,13 @@ struct SqlRecordsetProvider::Attempt {
     bool guarded = false;  // each row inside its own savepoint
 };
 
-void SqlRecordsetProvider::Condition::Append(const QString& part)
-{
-    if (!withText)
-        return;
-    if (!sql.isEmpty())
-        sql += QStringLiteral(" AND ");
-    sql += part;
-}
-
 SqlRecordsetProvider::SqlRecordsetProvider(std::shared_ptr<SqlSession> session, RecordsetPlan plan,
                                            std::vector<std::int64_t> rowIds)
     : mSession(std::move(session)), mPlan(std::move(plan)), mRowIds(std::move(rowIds))
 {
+    mIsKey.assign(static_cast<std::size_t>(mPlan.baseColumns.size()), 0);
+    for (int field : mPlan.keyFields)
+        mIsKey[static_cast<std::size_t>(field)] = 1;
 }
 
 SqlSession& SqlRecordsetProvider::Session() const
@@ -174,73 +168,107 @@ SqlRecordsetProvider::WriteEnd SqlRecordsetProvider::WriteRow(const RecordsetSto
 
 SqlRecordsetProvider::Condition SqlRecordsetProvider::KeyCondition(const RecordsetStore& store, RowId row) const
 {
+    RequireKey();
     Condition where;
-    AddKey(where, store, row);
+    if (mPlan.rowIdKey) {
+        where.sql = MatchText(MatchKind::RowId, -1);
+        where.matches.push_back({MatchKind::RowId, adBigInt, Variant(), RowIdOf(row)});
+        return where;
+    }
+    for (int field : mPlan.keyFields)
+        AddMatch(where, store, row, field);
     return where;
 }
 
-void SqlRecordsetProvider::AddKey(Condition& where, const RecordsetStore& store, RowId row, const Variant* originals) const
+void SqlRecordsetProvider::AddMatch(Condition& where, const RecordsetStore& store, RowId row, int field) const
 {
-    RequireKey();
-    if (mPlan.rowIdKey) {
-        where.shape += 'I';
-        where.Append(QStringLiteral("rowid = ?"));
-        where.parameters.emplace_back(static_cast<qlonglong>(row < mRowIds.size() ? mRowIds[row] : 0));
-        return;
-    }
-    for (int field : mPlan.keyFields)
-        AddMatch(where, store, row, field, originals);
-}
-
-void SqlRecordsetProvider::AddMatch(Condition& where, const RecordsetStore& store, RowId row, int field,
-                                    const Variant* originals) const
-{
-    const SqlSession& session = *mSession;
     const FieldDef& def = store.Field(field);
     // The values as read are the data source's, unless a Resync has told otherwise.
-    const Variant value = originals && !store.HasResyncedValues() ? originals[field] : store.UnderlyingValue(row, field);
-    const QString column = where.withText ? session.QuoteName(mPlan.baseColumns[field]) : QString();
-    if (!IsPresent(value)) {
-        where.shape += 'N';
-        if (where.withText)
-            where.Append(column + QStringLiteral(" IS NULL"));
-    } else if (def.Info().storage == StorageKind::Date) {
-        where.shape += 'D';
-        if (where.withText)
-            where.Append(session.DateMatch(column));
-        for (QVariant& parameter : session.DateParameters(value, def.Type))
-            where.parameters.push_back(std::move(parameter));
-    } else if (def.Info().storage == StorageKind::Real) {
-        // Binary floating point does not always survive a driver's text form exactly (SQLite's
-        // ODBC driver reads 0.30000000000000004 as 0.3): equal within a relative 1e-12.
-        where.shape += 'R';
-        if (where.withText)
-            where.Append(QStringLiteral("ABS(%1 - ?) <= ?").arg(column));
-        const double number = CDbl(value);
-        where.parameters.emplace_back(number);
-        where.parameters.emplace_back(std::abs(number) * 1e-12);
-    } else {
-        where.shape += 'V';
-        if (where.withText)
-            where.Append(column + QStringLiteral(" = ?"));
-        where.parameters.push_back(session.ToParameter(value, def.Type));
+    Variant value = store.UnderlyingValue(row, field);
+    const MatchKind kind = KindOf(def, value);
+    if (!where.sql.isEmpty())
+        where.sql += QStringLiteral(" AND ");
+    where.sql += MatchText(kind, field);
+    where.matches.push_back({kind, def.Type, std::move(value)});
+}
+
+SqlRecordsetProvider::MatchKind SqlRecordsetProvider::KindOf(const FieldDef& def, const Variant& value)
+{
+    if (!IsPresent(value))
+        return MatchKind::Null;
+    switch (def.Info().storage) {
+    case StorageKind::Date: return MatchKind::Date;
+    case StorageKind::Real: return MatchKind::Real;
+    default: return MatchKind::Equal;
     }
 }
 
-int SqlRecordsetProvider::Change(const QString& sql, const std::vector<QVariant>& parameters) const
+QString SqlRecordsetProvider::MatchText(MatchKind kind, int field) const
+{
+    const SqlSession& session = *mSession;
+    if (kind == MatchKind::RowId)
+        return QStringLiteral("rowid = ?");
+    const QString column = session.QuoteName(mPlan.baseColumns[field]);
+    switch (kind) {
+    case MatchKind::Null: return column + QStringLiteral(" IS NULL");
+    case MatchKind::Date: return session.DateMatch(column);
+    // Binary floating point does not always survive a driver's text form exactly (SQLite's
+    // ODBC driver reads 0.30000000000000004 as 0.3): equal within a relative 1e-12.
+    case MatchKind::Real: return QStringLiteral("ABS(%1 - ?) <= ?").arg(column);
+    default: return column + QStringLiteral(" = ?");
+    }
+}
+
+void SqlRecordsetProvider::BindMatch(SqlStatement& statement, int& position, MatchKind kind, const Variant& value,
+                                     DataTypeEnum type, std::int64_t rowId) const
+{
+    switch (kind) {
+    case MatchKind::Null: break;
+    case MatchKind::RowId: statement.BindInt64(position++, rowId); break;
+    case MatchKind::Date:
+        for (const QVariant& parameter : mSession->DateParameters(value, type))
+            statement.Bind(position++, parameter);
+        break;
+    case MatchKind::Real: {
+        const double number = CDbl(value);
+        statement.BindDouble(position++, number);
+        statement.BindDouble(position++, std::abs(number) * 1e-12);
+        break;
+    }
+    case MatchKind::Equal: BindVariant(statement, position++, value, type); break;
+    }
+}
+
+void SqlRecordsetProvider::BindVariant(SqlStatement& statement, int position, const Variant& value,
+                                       DataTypeEnum type) const
+{
+    // What ToParameter makes of these in every session, bound without making it.
+    if (const auto* text = value.As<QString>())
+        statement.BindText(position, *text);
+    else if (const auto* l = value.As<std::int32_t>())
+        statement.BindInt(position, *l);
+    else if (const auto* i = value.As<std::int16_t>())
+        statement.BindInt(position, *i);
+    else if (const auto* u = value.As<std::uint8_t>())
+        statement.BindInt(position, *u);
+    else
+        statement.Bind(position, mSession->ToParameter(value, type));
+}
+
+SqlStatement& SqlRecordsetProvider::RunWith(const QString& sql, const Condition& where) const
 {
     SqlStatement& statement = mSession->Cached(sql);
-    statement.Execute(parameters);
-    const int affected = statement.RowsAffected();
-    statement.Finish();
-    return affected;
+    int position = 1;
+    for (const Match& match : where.matches)
+        BindMatch(statement, position, match.kind, match.value, match.type, match.rowId);
+    statement.Run();
+    return statement;
 }
 
 int SqlRecordsetProvider::ConflictStatus(const RecordsetStore& store, RowId row) const
 {
     const Condition key = KeyCondition(store, row);
-    SqlStatement& statement = mSession->Cached(QStringLiteral("SELECT 1 FROM %1 WHERE %2").arg(Table(), key.sql));
-    statement.Execute(key.parameters);
+    SqlStatement& statement = RunWith(QStringLiteral("SELECT 1 FROM %1 WHERE %2").arg(Table(), key.sql), key);
     const bool exists = statement.Next();
     statement.Finish();
     return exists ? adRecConcurrencyViolation : adRecDBDeleted;
@@ -248,9 +276,9 @@ int SqlRecordsetProvider::ConflictStatus(const RecordsetStore& store, RowId row)
 
 void SqlRecordsetProvider::Update(const RecordsetStore& store, RowId row, Attempt& attempt)
 {
-    // A row sent in a batch of thousands: its changed values go from the store's columns to the
-    // statement without a copy, and rows of one shape share one statement, found without a
-    // lookup when the row before had the same shape.
+    // A row sent in a batch of thousands: its values go from the store to the statement without
+    // a copy, and rows of one shape share one statement, found without a lookup when the row
+    // before had the same shape.
     const Variant* originals = store.OriginalValues(row);
     if (!originals)
         return;  // nothing kept as read: nothing changed
@@ -258,8 +286,11 @@ void SqlRecordsetProvider::Update(const RecordsetStore& store, RowId row, Attemp
     changed.clear();
     std::string& shape = mShapeScratch;
     shape.clear();
+    const std::uint64_t written = store.WrittenFields(row);
     for (int f = 0; f < store.FieldCount(); ++f) {
-        if (mPlan.baseColumns[f].isEmpty() || store.ValueIs(row, f, originals[f]))
+        if (!((written >> std::min(f, 63)) & 1) || mPlan.baseColumns[f].isEmpty())
+            continue;  // never written: as read
+        if (store.ValueIs(row, f, originals[f]))
             continue;  // changed and changed back: nothing to send
         changed.push_back(f);
         shape += static_cast<char>('0' + f % 64);
@@ -267,20 +298,30 @@ void SqlRecordsetProvider::Update(const RecordsetStore& store, RowId row, Attemp
     }
     if (changed.empty())
         return;
-    // The row is found by its key and by the values the changed columns had.
-    const auto addMatches = [&](Condition& condition) {
-        AddKey(condition, store, row, originals);
-        for (int f : changed) {
-            if (std::find(mPlan.keyFields.begin(), mPlan.keyFields.end(), f) == mPlan.keyFields.end())
-                AddMatch(condition, store, row, f, originals);
-        }
-    };
-    Condition where;
-    where.withText = false;
-    where.parameters.swap(mParameterScratch);
-    where.parameters.clear();
-    addMatches(where);
-    shape += where.shape;
+    RequireKey();
+    // The row is found by its key and by the values the changed columns had: as read, unless a
+    // Resync has told otherwise.
+    const Variant* matched = originals;
+    if (store.HasResyncedValues()) {
+        mUnderlyingScratch.clear();
+        for (int f = 0; f < store.FieldCount(); ++f)
+            mUnderlyingScratch.push_back(store.UnderlyingValue(row, f));
+        matched = mUnderlyingScratch.data();
+    }
+    std::vector<int>& matches = mMatchScratch;
+    matches.clear();
+    if (!mPlan.rowIdKey)
+        matches = mPlan.keyFields;
+    for (int f : changed) {
+        if (mPlan.rowIdKey || !IsKey(f))
+            matches.push_back(f);
+    }
+    shape += '|';
+    if (mPlan.rowIdKey)
+        shape += static_cast<char>(MatchKind::RowId);
+    const std::size_t kinds = shape.size();  // each match's kind, in order, from here on
+    for (int f : matches)
+        shape += static_cast<char>(KindOf(store.Field(f), matched[f]));
     if (!mLastUpdate || shape != mLastShape) {
         mLastUpdate = &mUpdateTexts[shape];
         mLastShape = shape;
@@ -290,9 +331,13 @@ void SqlRecordsetProvider::Update(const RecordsetStore& store, RowId row, Attemp
         QStringList assignments;
         for (int f : changed)
             assignments << mSession->QuoteName(mPlan.baseColumns[f]) + QStringLiteral(" = ?");
-        Condition described;
-        addMatches(described);
-        text.sql = QStringLiteral("UPDATE %1 SET %2 WHERE %3").arg(Table(), assignments.join(QStringLiteral(", ")), described.sql);
+        QStringList conditions;
+        if (mPlan.rowIdKey)
+            conditions << MatchText(MatchKind::RowId, -1);
+        for (std::size_t i = 0; i < matches.size(); ++i)
+            conditions << MatchText(static_cast<MatchKind>(shape[kinds + i]), matches[i]);
+        text.sql = QStringLiteral("UPDATE %1 SET %2 WHERE %3")
+                       .arg(Table(), assignments.join(QStringLiteral(", ")), conditions.join(QStringLiteral(" AND ")));
     }
     if (!text.statement || text.generation != mSession->Generation()) {
         text.statement = &mSession->Cached(text.sql);
@@ -302,9 +347,12 @@ void SqlRecordsetProvider::Update(const RecordsetStore& store, RowId row, Attemp
     int position = 1;
     for (int f : changed)
         BindValue(statement, position++, store, row, f);
-    for (const QVariant& parameter : where.parameters)
-        statement.Bind(position++, parameter);
-    where.parameters.swap(mParameterScratch);
+    if (mPlan.rowIdKey)
+        BindMatch(statement, position, MatchKind::RowId, Variant(), adBigInt, RowIdOf(row));
+    for (std::size_t i = 0; i < matches.size(); ++i) {
+        const int f = matches[i];
+        BindMatch(statement, position, static_cast<MatchKind>(shape[kinds + i]), matched[f], store.Field(f).Type);
+    }
     statement.Run();
     const int affected = statement.RowsAffected();
     statement.Finish();
@@ -317,12 +365,14 @@ void SqlRecordsetProvider::BindValue(SqlStatement& statement, int position, cons
 {
     const Column& column = store.ColumnOf(field);
     const FieldDef& def = store.Field(field);
-    // A text goes from where the column keeps it; Null, padded texts and the other types the
-    // way the session sends them.
-    if (column.Storage() == StorageKind::Text && !def.Info().padded && !column.IsNull(row))
+    // A text goes from where the column keeps it; Null and padded texts the way the session
+    // sends them; numbers as they are.
+    if (column.IsNull(row) || (column.Storage() == StorageKind::Text && def.Info().padded))
+        statement.Bind(position, mSession->ToParameter(column.Get(row), def.Type));
+    else if (column.Storage() == StorageKind::Text)
         statement.BindText(position, column.Text(row));
     else
-        statement.Bind(position, mSession->ToParameter(column.Get(row), def.Type));
+        BindVariant(statement, position, column.Get(row), def.Type);
 }
 
 void SqlRecordsetProvider::Delete(const RecordsetStore& store, RowId row, Attempt& attempt)
@@ -331,12 +381,14 @@ void SqlRecordsetProvider::Delete(const RecordsetStore& store, RowId row, Attemp
     // would throw their change away unseen.
     Condition where = KeyCondition(store, row);
     for (int f = 0; f < store.FieldCount(); ++f) {
-        const bool key = std::find(mPlan.keyFields.begin(), mPlan.keyFields.end(), f) != mPlan.keyFields.end();
         const bool comparable = mSession->Kind() != SqlSession::Dialect::ODBC || !(store.Field(f).Attributes & adFldLong);
-        if (!key && comparable && !mPlan.baseColumns[f].isEmpty() && store.Field(f).IsUpdatable())
+        if (!IsKey(f) && comparable && !mPlan.baseColumns[f].isEmpty() && store.Field(f).IsUpdatable())
             AddMatch(where, store, row, f);
     }
-    if (Change(QStringLiteral("DELETE FROM %1 WHERE %2").arg(Table(), where.sql), where.parameters) == 0)
+    SqlStatement& statement = RunWith(QStringLiteral("DELETE FROM %1 WHERE %2").arg(Table(), where.sql), where);
+    const int affected = statement.RowsAffected();
+    statement.Finish();
+    if (affected == 0)
         Refuse(attempt.outcome, row, ConflictStatus(store, row));
 }
 
@@ -409,8 +461,7 @@ void SqlRecordsetProvider::Resync(RecordsetStore& store, std::span<const RowId> 
             continue;  // not at the data source yet: nothing to read
         const Condition key = KeyCondition(store, row);
         SqlStatement& statement =
-            session.Cached(QStringLiteral("SELECT %1 FROM %2 WHERE %3").arg(columns.join(QStringLiteral(", ")), Table(), key.sql));
-        statement.Execute(key.parameters);
+            RunWith(QStringLiteral("SELECT %1 FROM %2 WHERE %3").arg(columns.join(QStringLiteral(", ")), Table(), key.sql), key);
         if (!statement.Next()) {
             statement.Finish();
             store.AddStatusFlags(row, adRecDBDeleted);

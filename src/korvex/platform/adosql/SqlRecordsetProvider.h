@@ -46,14 +46,19 @@ public:
     std::shared_ptr<RecordsetStore> Requery(const RecordsetStore& store) override;
 
 private:
-    // A WHERE clause and its parameters. Without text only the parameters and the clause's
-    // shape are gathered: rows of one shape share their statement's text, built once.
+    // How a value as read is found again in a WHERE clause: IS NULL, a date range, a real number
+    // within a tolerance, equality, or SQLite's rowid.
+    enum class MatchKind : char { Null = 'N', Date = 'D', Real = 'R', Equal = 'V', RowId = 'I' };
+    struct Match {
+        MatchKind kind;
+        DataTypeEnum type;
+        Variant value;           // not for RowId
+        std::int64_t rowId = 0;  // RowId only
+    };
+    // A WHERE clause and the values it is bound with, in order.
     struct Condition {
-        bool withText = true;
         QString sql;
-        std::string shape;
-        std::vector<QVariant> parameters;
-        void Append(const QString& part);  // nothing without text
+        std::vector<Match> matches;
     };
     // An UPDATE of one shape: its text, and its statement while the session that prepared it
     // is still open.
@@ -69,22 +74,29 @@ private:
 
     SqlSession& Session() const;
     void RequireKey() const;
+    bool IsKey(int field) const { return mIsKey[static_cast<std::size_t>(field)] != 0; }
     WriteEnd RunAttempt(const RecordsetStore& store, std::span<const RowId> rows, Attempt& attempt, bool own);
     WriteEnd WriteRow(const RecordsetStore& store, RowId row, Attempt& attempt);
     void Insert(const RecordsetStore& store, RowId row, Attempt& attempt);
     void Update(const RecordsetStore& store, RowId row, Attempt& attempt);
-    void BindValue(SqlStatement& statement, int position, const RecordsetStore& store, RowId row, int field) const;
     void Delete(const RecordsetStore& store, RowId row, Attempt& attempt);
+    std::int64_t RowIdOf(RowId row) const { return row < mRowIds.size() ? mRowIds[row] : 0; }
     // The row's key as the data source knows it (underlying values), or its rowid.
     Condition KeyCondition(const RecordsetStore& store, RowId row) const;
-    // `originals`: the row's values as read (RecordsetStore::OriginalValues), when at hand.
-    void AddKey(Condition& where, const RecordsetStore& store, RowId row, const Variant* originals = nullptr) const;
-    void AddMatch(Condition& where, const RecordsetStore& store, RowId row, int field,
-                  const Variant* originals = nullptr) const;
+    void AddMatch(Condition& where, const RecordsetStore& store, RowId row, int field) const;
+    static MatchKind KindOf(const FieldDef& def, const Variant& value);
+    QString MatchText(MatchKind kind, int field) const;
+    void BindMatch(SqlStatement& statement, int& position, MatchKind kind, const Variant& value, DataTypeEnum type,
+                   std::int64_t rowId = 0) const;
+    // A value as the session sends it, numbers and texts without a QVariant on the way; a text
+    // is read where it lies, so `value` must outlive the statement's run.
+    void BindVariant(SqlStatement& statement, int position, const Variant& value, DataTypeEnum type) const;
+    void BindValue(SqlStatement& statement, int position, const RecordsetStore& store, RowId row, int field) const;
+    // Runs a statement bound with the condition's values and returns it, its rows (if any)
+    // still to be read; Finish it after.
+    SqlStatement& RunWith(const QString& sql, const Condition& where) const;
     // A row no statement found: still there under its key (changed by someone) or gone.
     int ConflictStatus(const RecordsetStore& store, RowId row) const;
-    // Runs a statement that changes rows and returns how many it matched.
-    int Change(const QString& sql, const std::vector<QVariant>& parameters) const;
     QString Table() const;
 
     std::shared_ptr<SqlSession> mSession;
@@ -93,8 +105,10 @@ private:
     UpdateText* mLastUpdate = nullptr;  // the last row's, under mLastShape
     std::string mLastShape;
     std::string mShapeScratch;
-    std::vector<QVariant> mParameterScratch;
     std::vector<int> mChangedScratch;
+    std::vector<int> mMatchScratch;
+    std::vector<Variant> mUnderlyingScratch;
+    std::vector<char> mIsKey;  // per field
     std::vector<std::int64_t> mRowIds;
 };
 

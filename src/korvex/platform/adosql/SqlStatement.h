@@ -43,6 +43,11 @@ public:
     {
         Bind(position, QVariant(text.isNull() ? QString(QLatin1StringView("")) : text.toString()));
     }
+    // Numbers bound as they are, without a QVariant on the way where the driver allows it; the
+    // same as Bind with a QVariant of int, qlonglong or double.
+    virtual void BindInt(int position, int value) { Bind(position, QVariant(value)); }
+    virtual void BindInt64(int position, qlonglong value) { Bind(position, QVariant(value)); }
+    virtual void BindDouble(int position, double value) { Bind(position, QVariant(value)); }
     virtual void Run()
     {
         Execute(mBound);

@@ -35,15 +35,18 @@ public:
 
     void Execute(std::span<const QVariant> parameters) override
     {
+        // The parameters outlive the run, so SQLite may read texts where they lie.
+        Rewind();
         for (std::size_t i = 0; i < parameters.size(); ++i)
-            Bind(static_cast<int>(i) + 1, parameters[i]);
+            BindParameter(static_cast<int>(i) + 1, parameters[i], SQLITE_STATIC);
         Run();
     }
 
     void Bind(int position, const QVariant& value) override
     {
+        // The caller's QVariant may be gone by the time the statement runs: SQLite keeps a copy.
         Rewind();
-        BindParameter(position, value);
+        BindParameter(position, value, SQLITE_TRANSIENT);
     }
 
     void BindText(int position, QStringView text) override
@@ -52,6 +55,24 @@ public:
         // A null view is an empty text here: SQLite would bind a null pointer as Null.
         const void* characters = text.isNull() ? static_cast<const void*>(u"") : text.data();
         const int rc = sqlite3_bind_text16(mStatement, position, characters, static_cast<int>(text.size() * 2), SQLITE_STATIC);
+        if (rc != SQLITE_OK)
+            mSession.RaiseSqlite(rc);
+    }
+
+    void BindInt(int position, int value) override { BindInt64(position, value); }
+
+    void BindInt64(int position, qlonglong value) override
+    {
+        Rewind();
+        const int rc = sqlite3_bind_int64(mStatement, position, value);
+        if (rc != SQLITE_OK)
+            mSession.RaiseSqlite(rc);
+    }
+
+    void BindDouble(int position, double value) override
+    {
+        Rewind();
+        const int rc = sqlite3_bind_double(mStatement, position, value);
         if (rc != SQLITE_OK)
             mSession.RaiseSqlite(rc);
     }
@@ -148,7 +169,7 @@ private:
         mReset = true;
     }
 
-    void BindParameter(int position, const QVariant& value)
+    void BindParameter(int position, const QVariant& value, sqlite3_destructor_type keep)
     {
         int rc = SQLITE_OK;
         if (value.isNull()) {
@@ -170,10 +191,8 @@ private:
             case QMetaType::UChar: rc = sqlite3_bind_int64(mStatement, position, value.toLongLong()); break;
             case QMetaType::Float: rc = sqlite3_bind_double(mStatement, position, value.toDouble()); break;
             case QMetaType::QString: {
-                // The parameters outlive the statement's run, so SQLite may read the text in place.
                 const auto* text = static_cast<const QString*>(value.constData());
-                rc = sqlite3_bind_text16(mStatement, position, text->utf16(), static_cast<int>(text->size() * 2),
-                                         SQLITE_STATIC);
+                rc = sqlite3_bind_text16(mStatement, position, text->utf16(), static_cast<int>(text->size() * 2), keep);
                 break;
             }
             default: {

@@ -310,6 +310,21 @@ TEST(FabricatedRecordset, ValuesAsReadAndWrittenFieldsFollowEveryRowThroughSlots
             }
         }
     }
+
+    // Once every row is sent, the values kept for a batch of all of them are given back, and
+    // the next edit keeps its row's values afresh.
+    std::vector<RowId> all;
+    for (RowId r = 0; r < current.size(); ++r) {
+        store.WriteValue(r, 0, Variant(std::int32_t{-1}));
+        all.push_back(r);
+    }
+    const std::size_t withBatch = store.BytesAllocated();
+    store.AcceptChanges(all, nullptr);
+    EXPECT_LE(store.BytesAllocated() + all.size() * Fields * sizeof(Variant), withBatch);
+    store.WriteValue(3, 1, Variant(std::int32_t{7}));
+    ASSERT_NE(store.OriginalValues(3), nullptr);
+    EXPECT_EQ(store.OriginalValues(3)[1], current[3][1]);
+    EXPECT_EQ(store.WrittenFields(3), std::uint64_t{2});
 }
 
 TEST(FabricatedRecordset, ReadOnlyRecordsetsAndClonesRefuseEdits)

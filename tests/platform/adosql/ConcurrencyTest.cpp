@@ -201,14 +201,15 @@ TEST_P(TwoUsers, TypedColumnsAreWrittenAndMatchedAsRead)
     SetValueOf(mMine, "due", day(3, 7));  // they changed it first: refused
     ASSERT_TRUE(Seek(mMine, "id", "3"));
     SetValueOf(mMine, "qty", Variant(std::int32_t{9}));
+    const Variant doneAsRead = ValueOf(mMine, "done");
     SetValueOf(mMine, "done", Variant(false));
-    SetValueOf(mMine, "done", Variant(true));  // changed back
+    SetValueOf(mMine, "done", doneAsRead);  // changed back: neither sent nor matched
     SetValueOf(mMine, "due", day(5, 12));
+    mSecond->Execute(QStringLiteral("UPDATE tasks SET done = FALSE WHERE id = 3"));
     EXPECT_EQ(adErrRowConflict, WriteMine());
     EXPECT_TRUE(Written("1"));
     EXPECT_EQ(adRecModified | adRecConcurrencyViolation, StatusOf("2"));
     EXPECT_TRUE(Written("3"));
-
     auto fresh = OpenBatch(mSecond, select);
     ASSERT_TRUE(Seek(fresh, "id", "1"));
     EXPECT_EQ(day(1, 9), ValueOf(fresh, "due"));
@@ -218,7 +219,7 @@ TEST_P(TwoUsers, TypedColumnsAreWrittenAndMatchedAsRead)
     EXPECT_EQ(day(2, 8), ValueOf(fresh, "due"));
     ASSERT_TRUE(Seek(fresh, "id", "3"));
     EXPECT_EQ(day(5, 12), ValueOf(fresh, "due"));
-    EXPECT_TRUE(CBool(ValueOf(fresh, "done")));
+    EXPECT_FALSE(CBool(ValueOf(fresh, "done"))) << "theirs stays";
     EXPECT_EQ(9, CLng(ValueOf(fresh, "qty")));
 
     // The rows just written are found again by their new values, and a row they changed

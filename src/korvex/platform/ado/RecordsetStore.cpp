@@ -132,6 +132,14 @@ void RecordsetStore::DropOriginals(RowId row)
     for (std::size_t i = 0; i < mFields.size(); ++i)
         originals[i] = Variant();  // a text is freed now, not when the slot is next used
     mFreeSlots.push_back(slot);
+    // Once every row's changes are sent or cancelled, the pool a big batch grew goes with them.
+    // (Moved from empty vectors: assigning {} would keep the storage.)
+    if (mFreeSlots.size() == mWrittenFields.size()) {
+        mOriginalSlot = std::vector<std::uint32_t>();
+        mOriginalPool = std::vector<Variant>();
+        mWrittenFields = std::vector<std::uint64_t>();
+        mFreeSlots = std::vector<std::uint32_t>();
+    }
 }
 
 Variant RecordsetStore::UnderlyingValue(RowId row, int field) const
@@ -505,7 +513,9 @@ void RecordsetStore::Notify() const
 std::size_t RecordsetStore::BytesAllocated() const noexcept
 {
     std::size_t bytes = mState.capacity() * sizeof(std::uint32_t) + mVisible.capacity() * sizeof(RowId) +
-                        mLog.capacity() * sizeof(Change);
+                        mLog.capacity() * sizeof(Change) + mOriginalSlot.capacity() * sizeof(std::uint32_t) +
+                        mOriginalPool.capacity() * sizeof(Variant) +
+                        mWrittenFields.capacity() * sizeof(std::uint64_t) + mFreeSlots.capacity() * sizeof(std::uint32_t);
     for (const Column& column : mColumns)
         bytes += column.BytesAllocated();
     for (const auto& index : mIndexes) {

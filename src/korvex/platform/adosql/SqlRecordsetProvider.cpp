@@ -371,7 +371,7 @@ void SqlRecordsetProvider::BindValue(SqlStatement& statement, int position, cons
         statement.Bind(position, mSession->ToParameter(column.Get(row), def.Type));
     else if (column.Storage() == StorageKind::Text)
         statement.BindText(position, column.Text(row));
-    else
+    else  // no storage but text gives a text, so nothing bound here points into the temporary
         BindVariant(statement, position, column.Get(row), def.Type);
 }
 

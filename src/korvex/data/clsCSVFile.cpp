@@ -835,7 +835,7 @@ void clsCSVFile::DecodeMarkedLine() const
     qsizetype* listed = places;
     ForEachBlock(start, start + n, [](const CsvBlockBits& block) { return block.commas; }, [&](qsizetype base, quint64 bits) {
         const qsizetype offset = base - start;
-        const int count = std::popcount(bits);
+        const int count = BitCount<false>(bits);
         qsizetype* at = listed;
         do {
             for (int k = 0; k < 8; ++k) {

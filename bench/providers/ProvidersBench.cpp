@@ -149,7 +149,8 @@ void BM_RawUpdate(benchmark::State& state)
 {
     sqlite3* db = nullptr;
     sqlite3_open(DatabaseFile().toUtf8().constData(), &db);
-    sqlite3_exec(db, SyncSetting, nullptr, nullptr, nullptr);
+    if (sqlite3_exec(db, SyncSetting, nullptr, nullptr, nullptr) != SQLITE_OK)
+        qFatal("cannot set %s: %s", SyncSetting, sqlite3_errmsg(db));
     sqlite3_stmt* update = nullptr;
     sqlite3_prepare_v2(db, "UPDATE narrow SET name = ? WHERE id = ? AND name = ?", -1, &update, nullptr);
     int round = 0;

@@ -229,6 +229,12 @@ qsizetype FirstQuote(const char16_t* text, qsizetype length)
 #endif
 }
 
+// A field is quoted when it starts and ends with a quote of its own.
+bool IsQuoted(QByteArrayView field)
+{
+    return field.size() >= 2 && field.front() == '"' && field.back() == '"';
+}
+
 // Room kept behind the buffer's bytes, so that a block of 64 bytes can always be loaded.
 constexpr qsizetype Padding = 64;
 
@@ -680,7 +686,7 @@ void clsCSVFile::FindSpans() const
 QByteArrayView clsCSVFile::FieldBytes(const FieldSpan& span, QByteArray& scratch) const
 {
     QByteArrayView bytes = mLine.sliced(span.start, span.length);
-    if (bytes.size() >= 2 && bytes.front() == '"' && bytes.back() == '"') {
+    if (IsQuoted(bytes)) {
         bytes = bytes.sliced(1, bytes.size() - 2);
         if (bytes.contains('"')) {
             // Copied in pieces between quotes; a doubled quote leaves one behind.
@@ -737,7 +743,7 @@ inline QStringView clsCSVFile::PlaceField(char16_t* line, qsizetype start, qsize
     char16_t* text = line + start;
     const char* bytes = mLine.data() + start;
     // Asked of the bytes, which were read long ago, rather than of the characters just written.
-    if (length >= 2 && bytes[0] == '"' && bytes[length - 1] == '"') {
+    if (IsQuoted(QByteArrayView(bytes, length))) {
         ++text;
         length -= 2;
         // Nothing moves before the first quote inside, and most quoted fields have none.
@@ -814,7 +820,7 @@ void clsCSVFile::DecodeMarkedLine() const
         char16_t* text = line + fieldStart;
         qsizetype length = fieldEnd - fieldStart;
         const char* field = bytes + fieldStart;
-        if (length >= 2 && field[0] == '"' && field[length - 1] == '"') {
+        if (IsQuoted(QByteArrayView(field, length))) {
             ++text;
             length -= 2;
             if (length >= 64) {

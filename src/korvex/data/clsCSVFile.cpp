@@ -11,6 +11,7 @@
 #include <QList>
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstring>
 #include <limits>
@@ -197,7 +198,10 @@ int WideInstructions()
     static const int level = [] {
         if (!__builtin_cpu_supports("avx2") || !__builtin_cpu_supports("pclmul") || !__builtin_cpu_supports("popcnt"))
             return 0;
-        return __builtin_cpu_supports("avx512bw") ? 2 : 1;
+        // The widest level also compresses a field's characters in a register (VBMI2).
+        const bool widest = __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl") &&
+                            __builtin_cpu_supports("avx512vbmi2");
+        return widest ? 2 : 1;
     }();
     return level;
 #else
@@ -315,6 +319,7 @@ void clsCSVFile::CloseCSV()
     mReadable = false;
     mHandleTaken = false;
     ++mRecord;  // no field of the last record stays readable
+    mViewsReady = 0;
     mAtEnd = false;
     mRecordCount = -1;
 }
@@ -360,6 +365,8 @@ void clsCSVFile::ResetReadBuffer()
     mListedTo = 0;
     mCommasAtLineStart = 0;
     mCrsAtLineStart = 0;
+    mWideTo = 0;
+    mCommasListedTo = 0;
     mBlocks.front() = {};  // the counts start from 0 again
 }
 
@@ -393,6 +400,9 @@ bool clsCSVFile::Refill()
         mBlocks.front().crsBefore = crsBefore;
         mBufferPos -= drop;
         mBufferEnd -= drop;
+        // The decoded characters and listed commas no longer stand beside their bytes.
+        mWideTo = 0;
+        mCommasListedTo = 0;
         mScannedTo -= drop;
         mListedTo -= drop;
     }
@@ -567,6 +577,7 @@ inline void clsCSVFile::FinishRecord()
 
     // Field texts are made on demand; a new record invalidates those of the last one at once.
     ++mRecord;
+    mViewsReady = 0;
     if (mFields.size() < mSpanCount) {
         mFields.resize(mSpanCount);
         mFieldRecord.resize(mSpanCount, 0);
@@ -592,6 +603,7 @@ void clsCSVFile::ReadRecord()
     qsizetype end = mBufferEnd;
     qsizetype commas = 0;
     qsizetype crs = 0;
+    mCommasBeforeLine = mCommasAtLineStart;
     if (mNextLineEnd < mLineEndCount) {
         const CsvLineEnd& lineEnd = mLineEnds[mNextLineEnd++];
         end = lineEnd.lf;
@@ -615,6 +627,7 @@ void clsCSVFile::ReadRecord()
     const bool crsAtEnd = last - start + 1 == length;
     const bool endsInSeparator =
         last >= start && data[last] == ',' && ((mBlocks[static_cast<std::size_t>(last / 64)].commas >> (last & 63)) & 1);
+    mLineCommas = static_cast<quint32>(commas);
     mSpanCount = static_cast<std::size_t>(commas) + (length > 0 && !endsInSeparator ? 1 : 0);
     mSpansFound = false;
     mLineStart = start;
@@ -783,82 +796,232 @@ void clsCSVFile::DecodeFields() const
     for (std::size_t i = 0; i < mSpanCount; ++i)
         mViews[i] = PlaceField(line, mSpans[i].start, mSpans[i].length, behind);
     mViewsRecord = mRecord;
+    mViewsReady = mSpanCount;
 }
 
 namespace {
 
-// The quotes among the 64 bytes of the buffer from `at` on, as bits; the block behind the
-// line's last one is always there, its bits masked off by the caller.
-inline quint64 QuotesFrom(const CsvBlockBits* blocks, qsizetype at)
+// The marks of one kind among the 64 bytes of the buffer from `at` on, as bits; the block behind
+// the line's last one is always there, its bits masked off by the caller.
+[[gnu::always_inline]] inline quint64 MarksFrom(const CsvBlockBits* blocks, qsizetype at, quint64 CsvBlockBits::*kind)
 {
     const auto b = static_cast<std::size_t>(at / 64);
     const int shift = static_cast<int>(at & 63);
-    const quint64 low = blocks[b].quotes >> shift;
-    return shift == 0 ? low : low | (blocks[b + 1].quotes << (64 - shift));
+    const quint64 low = blocks[b].*kind >> shift;
+    return shift == 0 ? low : low | (blocks[b + 1].*kind << (64 - shift));
 }
+
+// Bits 0 to n - 1, for n from 0 to 64.
+[[gnu::always_inline]] inline quint64 LowBits(qsizetype n)
+{
+    return n >= 64 ? ~quint64{0} : (quint64{1} << n) - 1;
+}
+
+// Of the quotes inside a field, given as bits, the ones that double another. In each run of
+// quotes the first is kept, the second dropped, and so on; the runs that start at an even place
+// drop their quotes at odd places and the others the reverse.
+[[gnu::always_inline]] inline quint64 DoublingQuotes(quint64 quotes)
+{
+    constexpr quint64 even = 0x5555555555555555ULL;
+    const quint64 starts = quotes & ~(quotes << 1);
+    // Adding a run's start to the quotes clears the run: the bits cleared are the runs themselves.
+    const quint64 evenRuns = quotes & ~(quotes + (starts & even));
+    const quint64 oddRuns = quotes & ~(quotes + (starts & ~even));
+    return (evenRuns & ~even) | (oddRuns & even);
+}
+
+// DropDoubledQuotes for fewer than 64 characters whose quotes are known as bits: which to drop
+// is known without reading the characters, so the loop waits on no read.
+[[gnu::always_inline]] inline qsizetype DropMarkedQuotes(char16_t* text, qsizetype length, quint64 quotes)
+{
+    const quint64 dropped = DoublingQuotes(quotes);
+    // Each character behind the first dropped one moves down; a dropped one is overwritten next.
+    qsizetype out = std::min<qsizetype>(std::countr_zero(dropped), length);
+    for (qsizetype in = out + 1; in < length; ++in) {
+        text[out] = text[in];
+        out += 1 - static_cast<qsizetype>((dropped >> in) & 1);
+    }
+    return out;
+}
+
+#if defined(KORVEX_CSV_WIDE_SCAN)
+// The same for up to 32 characters, all at once.
+[[gnu::target("avx512bw,avx512vl,avx512vbmi2,bmi,popcnt")]] qsizetype DropMarkedQuotesWidest(char16_t* text,
+                                                                                            qsizetype length,
+                                                                                            quint64 quotes)
+{
+    if (length > 32)
+        return DropMarkedQuotes(text, length, quotes);
+    const auto all = static_cast<__mmask32>(LowBits(length));
+    const auto keep = static_cast<__mmask32>(~DoublingQuotes(quotes)) & all;
+    const __m512i kept = _mm512_maskz_compress_epi16(keep, _mm512_maskz_loadu_epi16(all, text));
+    const int count = std::popcount(keep);
+    _mm512_mask_storeu_epi16(text, static_cast<__mmask32>(LowBits(count)), kept);
+    return count;
+}
+#endif
+
+// Lists the places of the separating commas from `from` to `to` at `out`, which has room for
+// eight more. Eight are written for each block whatever it holds, so that neither this nor the
+// loop over the fields waits on a guess about where a block's commas run out.
+template <bool Popcnt>
+[[gnu::always_inline]] inline void ListCommas(const CsvBlockBits* blocks, qsizetype from, qsizetype to, qsizetype* out)
+{
+    for (qsizetype b = from / 64; b <= (to - 1) / 64; ++b) {
+        quint64 bits = blocks[b].commas;
+        if (b == from / 64)
+            bits &= ~quint64{0} << (from & 63);
+        const int count = BitCount<Popcnt>(bits);
+        qsizetype* at = out;
+        do {
+            for (int k = 0; k < 8; ++k) {
+                at[k] = b * 64 + std::countr_zero(bits);
+                bits &= bits - 1;
+            }
+            at += 8;
+        } while (bits != 0);
+        out += count;
+    }
+}
+
+#if defined(KORVEX_CSV_WIDE_SCAN)
+// The same with a block's places packed together in one step.
+[[gnu::target("avx512f,avx512bw,avx512vbmi2,popcnt")]] void ListCommasWidest(const CsvBlockBits* blocks,
+                                                                              qsizetype from, qsizetype to,
+                                                                              qsizetype* out)
+{
+    alignas(64) static constexpr std::array<unsigned char, 64> Offsets = [] {
+        std::array<unsigned char, 64> offsets{};
+        for (int i = 0; i < 64; ++i)
+            offsets[static_cast<std::size_t>(i)] = static_cast<unsigned char>(i);
+        return offsets;
+    }();
+    const __m512i offsets = _mm512_load_si512(Offsets.data());
+    alignas(64) unsigned char packed[64];
+    for (qsizetype b = from / 64; b <= (to - 1) / 64; ++b) {
+        quint64 bits = blocks[b].commas;
+        if (b == from / 64)
+            bits &= ~quint64{0} << (from & 63);
+        // The offsets of the block's commas side by side, then widened to places eight at a time.
+        _mm512_store_si512(packed, _mm512_maskz_compress_epi8(bits, offsets));
+        const __m512i base = _mm512_set1_epi64(b * 64);
+        const int count = std::popcount(bits);
+        for (int k = 0; k < count; k += 8) {
+            const __m128i eight = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(packed + k));
+            _mm512_storeu_si512(out + k, _mm512_add_epi64(_mm512_maskz_cvtepu8_epi64(0xFF, eight), base));
+        }
+        out += count;
+    }
+}
+#endif
 
 }  // namespace
 
 // The usual line, still in the buffer with its marks: its fields and the quotes inside them
 // are found from the marks, so no character is looked at twice. (Doubled apostrophes take the
 // longer way.)
-void clsCSVFile::DecodeMarkedLine() const
+template <int Search>
+[[gnu::always_inline]] inline void clsCSVFile::DecodeMarkedLineAt() const
 {
     const qsizetype start = mLineStart;
     const qsizetype n = mLine.size();
-    // Eight characters of room stay behind the rest, for FirstQuote to look past a field's end.
-    if (mDecoded.size() < static_cast<std::size_t>(n + 8))
-        mDecoded.resize(static_cast<std::size_t>(n + 8));
-    char16_t* const line = mDecoded.data();
-    FromWindows1252(mLine, line);
-    const char* bytes = mLine.data();
+    // The bytes are decoded from the line on to the end of the buffer in one go, so that the
+    // lines behind it are ready when they come; the buffer's padding leaves room for FirstQuote
+    // to look past a field's end.
+    if (start < mWideFrom || start + n > mWideTo) {
+        if (mWide.size() < static_cast<std::size_t>(mBuffer.size()))
+            mWide.resize(static_cast<std::size_t>(mBuffer.size()));
+        const QByteArrayView rest(mBuffer.constData() + start, mBufferEnd - start);
+#if defined(KORVEX_CSV_WIDE_SCAN)
+        if constexpr (Search == 2)
+            FromWindows1252Widest(rest, mWide.data() + start);
+        else
+#endif
+            FromWindows1252(rest, mWide.data() + start);
+        mWideTo = mBufferEnd;
+    }
+    // The line's quoted fields are unquoted in place: decoding it again must start afresh.
+    mWideFrom = start + n;
+    // The separating commas from the line on are listed in one go too.
+    if (start < mCommasListedFrom || start + n > mCommasListedTo) {
+        if (mCommaPlaces.size() < static_cast<std::size_t>(mBufferEnd - start + 8))
+            mCommaPlaces.resize(static_cast<std::size_t>(mBufferEnd - start + 8));
+#if defined(KORVEX_CSV_WIDE_SCAN)
+        if constexpr (Search == 2)
+            ListCommasWidest(mBlocks.data(), start, mBufferEnd, mCommaPlaces.data());
+        else
+#endif
+            ListCommas<Search != 0>(mBlocks.data(), start, mBufferEnd, mCommaPlaces.data());
+        mCommasListedFrom = start;
+        mCommasListedTo = mBufferEnd;
+        mCommasBeforeList = mCommasBeforeLine;
+    }
+    const qsizetype* comma = mCommaPlaces.data() + static_cast<quint32>(mCommasBeforeLine - mCommasBeforeList);
+    const qsizetype* const commasEnd = comma + mLineCommas;
+    // Places are the buffer's: the characters stand where their bytes do.
+    char16_t* const wide = mWide.data();
+    const char* const bytes = mBuffer.constData();
     if (mViews.size() < mSpanCount)
         mViews.resize(std::max(mSpanCount, 2 * mViews.size()));
     QStringView* view = mViews.data();
-    qsizetype fieldStart = 0;
+    qsizetype fieldStart = start;
     const auto placeField = [&](qsizetype fieldEnd) {
-        char16_t* text = line + fieldStart;
+        char16_t* text = wide + fieldStart;
         qsizetype length = fieldEnd - fieldStart;
-        const char* field = bytes + fieldStart;
-        if (IsQuoted(QByteArrayView(field, length))) {
+        if (IsQuoted(QByteArrayView(bytes + fieldStart, length))) {
             ++text;
             length -= 2;
             if (length >= 64) {
                 length = DropDoubledQuotes(text, length, FirstQuote(text, length));
             } else if (const quint64 quotes =
-                           QuotesFrom(mBlocks.data(), start + fieldStart + 1) & ((quint64{1} << length) - 1)) {
-                length = DropDoubledQuotes(text, length, std::countr_zero(quotes));
+                           MarksFrom(mBlocks.data(), fieldStart + 1, &CsvBlockBits::quotes) & LowBits(length)) {
+#if defined(KORVEX_CSV_WIDE_SCAN)
+                if constexpr (Search == 2)
+                    length = DropMarkedQuotesWidest(text, length, quotes);
+                else
+#endif
+                    length = DropMarkedQuotes(text, length, quotes);
             }
         }
         *view++ = QStringView(text, length);
         fieldStart = fieldEnd + 1;
     };
-    // The commas' places are listed first, eight a block whatever it holds, so that neither this
-    // nor the loop over the fields waits on a guess about where a block's commas run out.
-    if (mCommaPlaces.size() < static_cast<std::size_t>(n + 8))
-        mCommaPlaces.resize(static_cast<std::size_t>(n + 8));
-    qsizetype* const places = mCommaPlaces.data();
-    qsizetype* listed = places;
-    ForEachBlock(start, start + n, [](const CsvBlockBits& block) { return block.commas; }, [&](qsizetype base, quint64 bits) {
-        const qsizetype offset = base - start;
-        const int count = BitCount<false>(bits);
-        qsizetype* at = listed;
-        do {
-            for (int k = 0; k < 8; ++k) {
-                at[k] = offset + std::countr_zero(bits);
-                bits &= bits - 1;
-            }
-            at += 8;
-        } while (bits != 0);
-        listed += count;
-    });
-    for (const qsizetype* comma = places; comma != listed; ++comma)
+    for (; comma != commasEnd; ++comma)
         placeField(*comma);
-    if (fieldStart < n)
-        placeField(n);
+    if (fieldStart < start + n)
+        placeField(start + n);
     Q_ASSERT(static_cast<std::size_t>(view - mViews.data()) == mSpanCount);
     mViewsRecord = mRecord;
+    mViewsReady = mSpanCount;
 }
+
+void clsCSVFile::DecodeMarkedLine() const
+{
+    switch (mSearch) {
+#if defined(KORVEX_CSV_WIDE_SCAN)
+    case 2: DecodeMarkedLineWidest(); break;
+    case 1: DecodeMarkedLineWide(); break;
+#endif
+    default: DecodeMarkedLinePlain(); break;
+    }
+}
+
+void clsCSVFile::DecodeMarkedLinePlain() const
+{
+    DecodeMarkedLineAt<0>();
+}
+
+#if defined(KORVEX_CSV_WIDE_SCAN)
+[[gnu::target("avx2,bmi,popcnt")]] void clsCSVFile::DecodeMarkedLineWide() const
+{
+    DecodeMarkedLineAt<1>();
+}
+
+[[gnu::target("avx512bw,avx512vl,avx512vbmi2,bmi,popcnt")]] void clsCSVFile::DecodeMarkedLineWidest() const
+{
+    DecodeMarkedLineAt<2>();
+}
+#endif
 
 const QString& clsCSVFile::MaterialisedField(int index) const
 {

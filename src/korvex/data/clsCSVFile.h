@@ -86,8 +86,9 @@ public:
     // made per field. Valid until the reader moves, closes or DoubleApostrophes is set.
     QStringView FieldView(short Index) const
     {
-        // Views are only current while the reader is open: closing moves the record count on.
-        if (mViewsRecord == mRecord && static_cast<unsigned short>(Index) < mSpanCount) [[likely]]
+        // Views are only current while the reader is open and on their line: moving and closing
+        // set mViewsReady to 0.
+        if (static_cast<unsigned short>(Index) < mViewsReady) [[likely]]
             return mViews[static_cast<unsigned short>(Index)];
         if (!mHandleTaken || Index < 0 || Index > mHighestFieldIndex)
             RaiseFieldText(Index);
@@ -128,7 +129,14 @@ private:
     QByteArrayView FieldBytes(const FieldSpan& span, QByteArray& scratch) const;
     void DecodeFields() const;
     QStringView PlaceField(char16_t* line, qsizetype start, qsizetype length, char16_t*& behind) const;
+    // The usual line's decoding, compiled once for each search level so that each uses the
+    // instructions its search may use.
     void DecodeMarkedLine() const;
+    template <int Search>
+    void DecodeMarkedLineAt() const;
+    void DecodeMarkedLinePlain() const;
+    void DecodeMarkedLineWide() const;
+    void DecodeMarkedLineWidest() const;
     const QString& MaterialisedField(int index) const;
     void ResetReadBuffer();
 
@@ -180,6 +188,9 @@ private:
     qsizetype mListedTo = 0;
     quint32 mCommasAtLineStart = 0;
     quint32 mCrsAtLineStart = 0;
+    // The current line's separating commas: how many come before it and how many it holds.
+    quint32 mCommasBeforeLine = 0;
+    quint32 mLineCommas = 0;
 
     // The current line without its CRs (a view of the read buffer or of mLineCopy), and the
     // fields found in it.
@@ -202,9 +213,20 @@ private:
     // fields whose apostrophes are doubled; the fields as views of it, current while
     // mViewsRecord equals mRecord.
     mutable std::vector<char16_t> mDecoded;
+    // The usual line is decoded where it stands: mWide holds the characters of the buffer's bytes
+    // from mWideFrom to mWideTo (the rest of the buffer, decoded when a line first needed it).
+    mutable std::vector<char16_t> mWide;
+    mutable qsizetype mWideFrom = 0;
+    mutable qsizetype mWideTo = 0;
     mutable std::vector<QStringView> mViews;
-    mutable std::vector<qsizetype> mCommaPlaces;  // the line's separating commas while it is placed
+    // The places of the separating commas of the buffer from mCommasListedFrom to
+    // mCommasListedTo, the first being the one behind mCommasBeforeList others in the file.
+    mutable std::vector<qsizetype> mCommaPlaces;
+    mutable qsizetype mCommasListedFrom = 0;
+    mutable qsizetype mCommasListedTo = 0;
+    mutable quint32 mCommasBeforeList = 0;
     mutable quint64 mViewsRecord = 0;
+    mutable std::size_t mViewsReady = 0;  // the views' count while they are current, else 0
     quint64 mRecord = 0;
     int mHighestFieldIndex = -1;
 

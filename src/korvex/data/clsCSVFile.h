@@ -209,15 +209,15 @@ private:
     // when its entry in mFieldRecord equals mRecord, the number of lines parsed so far.
     mutable std::vector<QString> mFields;
     mutable std::vector<quint64> mFieldRecord;
-    // The current line decoded, its quoted fields unquoted in place, with room behind it for
-    // fields whose apostrophes are doubled; the fields as views of it, current while
-    // mViewsRecord equals mRecord.
+    // A line with CRs inside or apostrophes to double, decoded, its quoted fields unquoted in
+    // place, with room behind it for fields whose apostrophes are doubled.
     mutable std::vector<char16_t> mDecoded;
     // The usual line is decoded where it stands: mWide holds the characters of the buffer's bytes
     // from mWideFrom to mWideTo (the rest of the buffer, decoded when a line first needed it).
     mutable std::vector<char16_t> mWide;
     mutable qsizetype mWideFrom = 0;
     mutable qsizetype mWideTo = 0;
+    // The fields as views of one or the other, current while mViewsRecord equals mRecord.
     mutable std::vector<QStringView> mViews;
     // The places of the separating commas of the buffer from mCommasListedFrom to
     // mCommasListedTo, the first being the one behind mCommasBeforeList others in the file.

@@ -9,6 +9,7 @@
 #include "tests/support/RaisedError.h"
 #include "tests/support/TestFiles.h"
 
+#include <QFile>
 #include <QStringList>
 
 #include <gtest/gtest.h>
@@ -295,47 +296,93 @@ TEST(CSVFile, AgreesWithThePlainRulesOnRandomLines)
     }
 }
 
-// Quoted fields with doubled quotes and code-page characters, short and longer than a block,
-// and runs of empty fields, starting at every place in a block: the commas and the quotes
-// inside are found from the search's marks, which a field shares with the blocks beside it.
+// Quoted fields with doubled quotes, lone quotes and code-page characters, short and longer
+// than a block, and runs of empty fields, starting at every place in a block: the commas and
+// the quotes inside are found from the search's marks, which a field shares with the blocks
+// beside it. Read in the usual 64 KB and in reads that keep moving the lines in the buffer,
+// with every third record passed unread.
 TEST(CSVFile, QuotedAndEmptyFieldsAtEveryPlaceInABlock)
 {
     QList<QByteArray> lines;
     QByteArray bytes;
+    const auto add = [&](const QByteArray& line) {
+        lines.append(line);
+        bytes += line + '\n';
+    };
     for (int lead = 0; lead < 64; ++lead) {
-        for (int inner : {0, 2, 31, 62, 63, 64, 90}) {
+        const QByteArray a(lead, 'a');
+        for (int inner : {0, 2, 31, 32, 33, 62, 63, 64, 90}) {
             QByteArray text(inner, 'x');
             for (int k = 0; k + 2 < inner; k += 7)
                 text.replace(k, 3, "\"\"\x80");
-            const QByteArray line = QByteArray(lead, 'a') + ",\"" + text + "\",\"\"\"\"\"\",\"\x9F\"\"\"\r";
-            lines.append(line);
-            bytes += line + '\n';
+            add(a + ",\"" + text + "\",\"\"\"\"\"\",\"\x9F\"\"\"\r");
         }
+        // Runs of one and of three quotes inside quoted fields.
+        add(a + ",\"a\"\"\"b\"c\",\"a\"b\"c\"\r");
         // Runs of empty fields: a block may hold from none to 64 separating commas.
-        for (int commas : {8, 9, 17, 25, 63, 64, 130}) {
-            const QByteArray line = QByteArray(lead, 'a') + QByteArray(commas, ',') + "\"z\"\"\"\r";
-            lines.append(line);
-            bytes += line + '\n';
-        }
+        for (int commas : {8, 9, 17, 25, 63, 64, 130})
+            add(a + QByteArray(commas, ',') + "\"z\"\"\"\r");
     }
     test::TestFolder folder;
     const QString path = folder.Write(QStringLiteral("quoted.csv"), bytes);
+    const QString other = folder.Write(QStringLiteral("other.csv"), "p,\"q\"\"\"\r\n");
+    const auto expectViews = [](const clsCSVFile& csv, const QByteArray& line) {
+        // The fields of a line narrower than the widest so far read as blank.
+        QStringList expected = test::ReferenceCsvFields(line.chopped(1), false);
+        while (expected.size() < csv.FieldsCount())
+            expected.append(QString());
+        ASSERT_EQ(ViewsOf(csv), expected) << line.toStdString();
+    };
+    for (int search : {0, 1, 2}) {
+        for (qsizetype readSize : {qsizetype{64 * 1024}, qsizetype{1000}}) {
+            SCOPED_TRACE(testing::Message() << "search " << search << ", reads of " << readSize);
+            clsCSVFile csv(readSize, nullptr, search);
+            csv.OpenCSV(path, 0);
+            for (qsizetype i = 0; i < lines.size(); ++i) {
+                if (i % 3 != 1) {
+                    ASSERT_NO_FATAL_FAILURE(expectViews(csv, lines[i]));
+                }
+                csv.MoveNext();
+            }
+            EXPECT_TRUE(csv.EOFCSV());
+            // From the start again, and then in another file, nothing of the last reads shows.
+            csv.MoveFirst();
+            for (qsizetype i = 0; i < 3; ++i) {
+                ASSERT_NO_FATAL_FAILURE(expectViews(csv, lines[i]));
+                csv.MoveNext();
+            }
+            csv.CloseCSV();
+            EXPECT_EQ(test::ErrorOf([&] { (void)csv.FieldView(0); }), ErrClosed) << "views go with the file";
+            csv.OpenCSV(other, 0);
+            EXPECT_EQ(ViewsOf(csv), QStringList({QStringLiteral("p"), QStringLiteral("q\"")}));
+            csv.CloseCSV();
+        }
+    }
+}
+
+// Another program may write on while the file is open shared: lines appended behind a last
+// line without an LF are read on as records of their own.
+TEST(CSVFile, LinesAppendedBehindALastLineWithoutLineFeed)
+{
+    test::TestFolder folder;
     for (int search : {0, 1, 2}) {
         SCOPED_TRACE(testing::Message() << "search " << search);
+        const QString path = folder.Write(QStringLiteral("growing.csv"), "x,y\na,\"b\"");
         clsCSVFile csv(64 * 1024, nullptr, search);
-        csv.OpenCSV(path, 0);
-        for (const QByteArray& line : lines) {
-            // The fields of a line narrower than the widest so far read as blank.
-            QStringList expected = test::ReferenceCsvFields(line.chopped(1), false);
-            while (expected.size() < csv.FieldsCount())
-                expected.append(QString());
-            ASSERT_EQ(ViewsOf(csv), expected) << line.toStdString();
-            csv.MoveNext();
-        }
+        csv.OpenCSV(path, 1);
+        csv.MoveNext();
+        EXPECT_EQ(ViewsOf(csv), QStringList({QStringLiteral("a"), QStringLiteral("b")}));
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::Append));
+        file.write(",c,\"d\"\r\ne,f\n");
+        file.close();
+        csv.MoveNext();
+        EXPECT_EQ(ViewsOf(csv), QStringList({QString(), QStringLiteral("c"), QStringLiteral("d")}));
+        csv.MoveNext();
+        EXPECT_EQ(ViewsOf(csv), QStringList({QStringLiteral("e"), QStringLiteral("f"), QString()}));
+        csv.MoveNext();
         EXPECT_TRUE(csv.EOFCSV());
-        // Views of a closed reader are gone with it.
         csv.CloseCSV();
-        EXPECT_EQ(test::ErrorOf([&] { (void)csv.FieldView(0); }), ErrClosed);
     }
 }
 

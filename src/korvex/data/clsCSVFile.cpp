@@ -19,7 +19,7 @@
 #ifdef Q_OS_UNIX
 #include <sys/file.h>
 #endif
-#if defined(__x86_64__) || defined(__i386__)
+#if defined(__x86_64__)
 #include <immintrin.h>
 #define KORVEX_CSV_WIDE_SCAN 1
 #endif
@@ -196,16 +196,26 @@ int WideInstructions()
 {
 #if defined(KORVEX_CSV_WIDE_SCAN)
     static const int level = [] {
-        if (!__builtin_cpu_supports("avx2") || !__builtin_cpu_supports("pclmul") || !__builtin_cpu_supports("popcnt"))
+        if (!__builtin_cpu_supports("avx2") || !__builtin_cpu_supports("pclmul") ||
+            !__builtin_cpu_supports("popcnt") || !__builtin_cpu_supports("bmi"))
             return 0;
-        // The widest level also compresses a field's characters in a register (VBMI2).
-        const bool widest = __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl") &&
-                            __builtin_cpu_supports("avx512vbmi2");
-        return widest ? 2 : 1;
+        return __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl") ? 2 : 1;
     }();
     return level;
 #else
     return 0;
+#endif
+}
+
+// Whether the widest search may also pack a block's commas and a field's characters together in
+// one step (VBMI2), which not every processor with AVX-512 can.
+bool CanCompress()
+{
+#if defined(KORVEX_CSV_WIDE_SCAN)
+    static const bool can = __builtin_cpu_supports("avx512vbmi2");
+    return can;
+#else
+    return false;
 #endif
 }
 
@@ -247,7 +257,10 @@ constexpr qsizetype Padding = 64;
 clsCSVFile::clsCSVFile(QObject* parent) : clsCSVFile(ReadBufferSize, parent) {}
 
 clsCSVFile::clsCSVFile(qsizetype readSize, QObject* parent, int search)
-    : QObject(parent), mReadSize(std::max<qsizetype>(readSize, 1)), mSearch(std::clamp(search, 0, WideInstructions()))
+    : QObject(parent),
+      mReadSize(std::max<qsizetype>(readSize, 1)),
+      mSearch(std::clamp(search, 0, WideInstructions())),
+      mCompress(mSearch == 2 && CanCompress())
 {
 }
 
@@ -616,6 +629,9 @@ void clsCSVFile::ReadRecord()
     } else {
         // The last line, without an LF.
         std::tie(commas, crs) = CountLinePlain(mBlocks.data(), start, end);
+        // Counted on too: bytes another program appends become lines of their own.
+        mCommasAtLineStart += static_cast<quint32>(commas);
+        mCrsAtLineStart += static_cast<quint32>(crs);
         mBufferPos = end;
     }
     const char* data = mBuffer.constData();
@@ -845,8 +861,8 @@ namespace {
 }
 
 #if defined(KORVEX_CSV_WIDE_SCAN)
-// The same for up to 32 characters, all at once.
-[[gnu::target("avx512bw,avx512vl,avx512vbmi2,bmi,popcnt")]] qsizetype DropMarkedQuotesWidest(char16_t* text,
+// The same for up to 32 characters all at once, for processors with VBMI2.
+[[gnu::target("avx512bw,avx512vl,avx512vbmi2,bmi,popcnt")]] qsizetype DropMarkedQuotesCompressed(char16_t* text,
                                                                                             qsizetype length,
                                                                                             quint64 quotes)
 {
@@ -862,8 +878,8 @@ namespace {
 #endif
 
 // Lists the places of the separating commas from `from` to `to` at `out`, which has room for
-// eight more. Eight are written for each block whatever it holds, so that neither this nor the
-// loop over the fields waits on a guess about where a block's commas run out.
+// eight more. A block's are written in groups of eight, whatever it holds, so that neither this
+// nor the loop over the fields waits on a guess about where they run out.
 template <bool Popcnt>
 [[gnu::always_inline]] inline void ListCommas(const CsvBlockBits* blocks, qsizetype from, qsizetype to, qsizetype* out)
 {
@@ -885,8 +901,8 @@ template <bool Popcnt>
 }
 
 #if defined(KORVEX_CSV_WIDE_SCAN)
-// The same with a block's places packed together in one step.
-[[gnu::target("avx512f,avx512bw,avx512vbmi2,popcnt")]] void ListCommasWidest(const CsvBlockBits* blocks,
+// The same with a block's places packed together in one step, for processors with VBMI2.
+[[gnu::target("avx512f,avx512bw,avx512vbmi2,popcnt")]] void ListCommasCompressed(const CsvBlockBits* blocks,
                                                                               qsizetype from, qsizetype to,
                                                                               qsizetype* out)
 {
@@ -944,11 +960,14 @@ template <int Search>
     mWideFrom = start + n;
     // The separating commas from the line on are listed in one go too.
     if (start < mCommasListedFrom || start + n > mCommasListedTo) {
-        if (mCommaPlaces.size() < static_cast<std::size_t>(mBufferEnd - start + 8))
-            mCommaPlaces.resize(static_cast<std::size_t>(mBufferEnd - start + 8));
+        std::size_t count = 0;
+        for (qsizetype b = start / 64; b <= (mBufferEnd - 1) / 64; ++b)
+            count += static_cast<std::size_t>(BitCount<Search != 0>(mBlocks[static_cast<std::size_t>(b)].commas));
+        if (mCommaPlaces.size() < count + 8)
+            mCommaPlaces.resize(count + 8);
 #if defined(KORVEX_CSV_WIDE_SCAN)
-        if constexpr (Search == 2)
-            ListCommasWidest(mBlocks.data(), start, mBufferEnd, mCommaPlaces.data());
+        if (Search == 2 && mCompress)
+            ListCommasCompressed(mBlocks.data(), start, mBufferEnd, mCommaPlaces.data());
         else
 #endif
             ListCommas<Search != 0>(mBlocks.data(), start, mBufferEnd, mCommaPlaces.data());
@@ -956,8 +975,11 @@ template <int Search>
         mCommasListedTo = mBufferEnd;
         mCommasBeforeList = mCommasBeforeLine;
     }
-    const qsizetype* comma = mCommaPlaces.data() + static_cast<quint32>(mCommasBeforeLine - mCommasBeforeList);
-    const qsizetype* const commasEnd = comma + mLineCommas;
+    // The line's commas, by their count in the file; a line without any may have none listed.
+    const qsizetype* const places = mCommaPlaces.data();
+    const std::size_t firstComma = static_cast<quint32>(mCommasBeforeLine - mCommasBeforeList);
+    const std::size_t lineCommas = mLineCommas;
+    [[maybe_unused]] const bool compress = Search == 2 && mCompress;
     // Places are the buffer's: the characters stand where their bytes do.
     char16_t* const wide = mWide.data();
     const char* const bytes = mBuffer.constData();
@@ -976,8 +998,8 @@ template <int Search>
             } else if (const quint64 quotes =
                            MarksFrom(mBlocks.data(), fieldStart + 1, &CsvBlockBits::quotes) & LowBits(length)) {
 #if defined(KORVEX_CSV_WIDE_SCAN)
-                if constexpr (Search == 2)
-                    length = DropMarkedQuotesWidest(text, length, quotes);
+                if (compress)
+                    length = DropMarkedQuotesCompressed(text, length, quotes);
                 else
 #endif
                     length = DropMarkedQuotes(text, length, quotes);
@@ -986,8 +1008,8 @@ template <int Search>
         *view++ = QStringView(text, length);
         fieldStart = fieldEnd + 1;
     };
-    for (; comma != commasEnd; ++comma)
-        placeField(*comma);
+    for (std::size_t k = 0; k < lineCommas; ++k)
+        placeField(places[firstComma + k]);
     if (fieldStart < start + n)
         placeField(start + n);
     Q_ASSERT(static_cast<std::size_t>(view - mViews.data()) == mSpanCount);
@@ -1017,7 +1039,7 @@ void clsCSVFile::DecodeMarkedLinePlain() const
     DecodeMarkedLineAt<1>();
 }
 
-[[gnu::target("avx512bw,avx512vl,avx512vbmi2,bmi,popcnt")]] void clsCSVFile::DecodeMarkedLineWidest() const
+[[gnu::target("avx512bw,avx512vl,bmi,popcnt")]] void clsCSVFile::DecodeMarkedLineWidest() const
 {
     DecodeMarkedLineAt<2>();
 }

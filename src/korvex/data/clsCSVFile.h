@@ -88,8 +88,8 @@ public:
     {
         // Views are only current while the reader is open and on their line: moving and closing
         // set mViewsReady to 0.
-        if (static_cast<unsigned short>(Index) < mViewsReady) [[likely]]
-            return mViews[static_cast<unsigned short>(Index)];
+        if (static_cast<std::size_t>(Index) < mViewsReady) [[likely]]
+            return mViews[static_cast<std::size_t>(Index)];
         if (!mHandleTaken || Index < 0 || Index > mHighestFieldIndex)
             RaiseFieldText(Index);
         if (mViewsRecord != mRecord)
@@ -172,6 +172,7 @@ private:
     static void ScanBlocksWide(ScanState& scan);
     static void ScanBlocksWidest(ScanState& scan);
     int mSearch;  // which of them: 0, 1 or 2
+    bool mCompress;  // the widest search also packs commas and characters in one step
     static quint64 InBlock(const ScanState& scan, qsizetype base);
     template <bool Popcnt>
     static bool StoreBlock(ScanState& scan, qsizetype base, quint64 inBlock, quint64 commas, quint64 crs, quint64 lfs,

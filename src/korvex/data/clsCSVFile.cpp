@@ -947,13 +947,7 @@ template <int Search>
     if (start < mWideFrom || start + n > mWideTo) {
         if (mWide.size() < static_cast<std::size_t>(mBuffer.size()))
             mWide.resize(static_cast<std::size_t>(mBuffer.size()));
-        const QByteArrayView rest(mBuffer.constData() + start, mBufferEnd - start);
-#if defined(KORVEX_CSV_WIDE_SCAN)
-        if constexpr (Search == 2)
-            FromWindows1252Widest(rest, mWide.data() + start);
-        else
-#endif
-            FromWindows1252(rest, mWide.data() + start);
+        FromWindows1252(QByteArrayView(mBuffer.constData() + start, mBufferEnd - start), mWide.data() + start);
         mWideTo = mBufferEnd;
     }
     // The line's quoted fields are unquoted in place: decoding it again must start afresh.
@@ -961,8 +955,8 @@ template <int Search>
     // The separating commas from the line on are listed in one go too.
     if (start < mCommasListedFrom || start + n > mCommasListedTo) {
         std::size_t count = 0;
-        for (qsizetype b = start / 64; b <= (mBufferEnd - 1) / 64; ++b)
-            count += static_cast<std::size_t>(BitCount<Search != 0>(mBlocks[static_cast<std::size_t>(b)].commas));
+        ForEachBlock(start, mBufferEnd, [](const CsvBlockBits& block) { return block.commas; },
+                     [&](qsizetype, quint64 bits) { count += static_cast<std::size_t>(std::popcount(bits)); });
         if (mCommaPlaces.size() < count + 8)
             mCommaPlaces.resize(count + 8);
 #if defined(KORVEX_CSV_WIDE_SCAN)

@@ -54,12 +54,12 @@ void FromWindows1252(QByteArrayView bytes, QString& text)
 }
 
 #if defined(KORVEX_WIDE_DECODE)
+namespace {
+
 // With AVX-512 a line of a hundred bytes is four steps of 32, the last one masked, so that no
 // byte is widened twice and short texts need no loop of their own.
-[[gnu::target("avx512bw,avx512vl")]] void FromWindows1252Widest(QByteArrayView bytes, char16_t* out)
+[[gnu::target("avx512bw,avx512vl")]] void FromWindows1252Widest(const unsigned char* in, qsizetype n, char16_t* out)
 {
-    const auto* in = reinterpret_cast<const unsigned char*>(bytes.data());
-    const qsizetype n = bytes.size();
     const __m256i top3 = _mm256_set1_epi8(static_cast<char>(0xE0));
     const __m256i high = _mm256_set1_epi8(static_cast<char>(0x80));
     for (qsizetype i = 0; i < n; i += 32) {
@@ -73,8 +73,6 @@ void FromWindows1252(QByteArrayView bytes, QString& text)
         }
     }
 }
-
-namespace {
 
 bool HasWidest()
 {
@@ -90,7 +88,7 @@ void FromWindows1252(QByteArrayView bytes, char16_t* out)
     const qsizetype n = bytes.size();
 #if defined(KORVEX_WIDE_DECODE)
     if (HasWidest())
-        return FromWindows1252Widest(bytes, out);
+        return FromWindows1252Widest(reinterpret_cast<const unsigned char*>(bytes.data()), n, out);
 #endif
     const auto* in = reinterpret_cast<const unsigned char*>(bytes.data());
     const auto fromTable = [&](qsizetype i) { out[i] = FromByte(in[i]); };

@@ -18,11 +18,6 @@ void FromWindows1252(QByteArrayView bytes, QString& text);
 // The same into `out`, which has room for bytes.size() characters: for readers that decode
 // into storage of their own.
 void FromWindows1252(QByteArrayView bytes, char16_t* out);
-#if defined(__x86_64__)
-// The same with AVX-512, for callers that have checked that the processor has avx512bw and
-// avx512vl.
-void FromWindows1252Widest(QByteArrayView bytes, char16_t* out);
-#endif
 // Characters the code page lacks become "?".
 QByteArray ToWindows1252(QStringView text);
 
